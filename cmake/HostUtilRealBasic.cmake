@@ -1,0 +1,22 @@
+# HostUtil::Basic as HOSTUTIL_BASIC_LIBRARY gives it, and what the installed package has to know to define it again.
+
+set(name "${CMAKE_SHARED_LIBRARY_PREFIX}Basic${CMAKE_SHARED_LIBRARY_SUFFIX}")
+if(NOT EXISTS "${HOSTUTIL_BASIC_LIBRARY}" OR NOT HOSTUTIL_BASIC_LIBRARY MATCHES "/${name}$")
+  message(FATAL_ERROR "HOSTUTIL_BASIC_LIBRARY must be the path of a file ${name}, not ${HOSTUTIL_BASIC_LIBRARY}")
+endif()
+
+# A library without a SONAME has to be linked by its name, or else its path is recorded in what links it.
+set(soname IMPORTED_NO_SONAME TRUE)
+if(CMAKE_OBJDUMP AND NOT APPLE)
+  execute_process(COMMAND "${CMAKE_OBJDUMP}" -p "${HOSTUTIL_BASIC_LIBRARY}"
+                  OUTPUT_VARIABLE headers COMMAND_ERROR_IS_FATAL ANY)
+  if(headers MATCHES "SONAME +([^ \n]+)")
+    set(soname IMPORTED_SONAME "${CMAKE_MATCH_1}")
+  endif()
+endif()
+
+add_library(HostUtil::Basic SHARED IMPORTED GLOBAL)
+set_target_properties(HostUtil::Basic PROPERTIES IMPORTED_LOCATION "${HOSTUTIL_BASIC_LIBRARY}" ${soname})
+
+set(HOSTUTIL_BASIC_LIBRARY_NAME "${name}" PARENT_SCOPE)
+set(HOSTUTIL_BASIC_SONAME "${soname}" PARENT_SCOPE)

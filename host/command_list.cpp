@@ -1,0 +1,176 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <nlohmann/json.hpp>
+#include <regex>
+#include <vector>
+
+#include "commands.h"
+#include "common/utils.h"
+#include "manifest.h"
+#include "output.h"
+#include "terminal_text.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// A line for people, cut into its columns.
+struct Row {
+  std::string kind, size, modified, domain, path;
+};
+
+std::string_view NameOf(EntryKind kind) {
+  constexpr std::array<std::string_view, 3> kNames = {"file", "directory", "link"};
+  return kNames.at(static_cast<std::size_t>(kind));
+}
+
+std::string DateOf(const Entry& entry) {
+  return entry.modified ? Utils::ConvertUtcToLocalDate(*entry.modified) : std::string();
+}
+
+// Prints rows in aligned columns. The widths are those of the first rows, so that a listing of any length
+// begins at once and takes no more memory than a short one.
+class Table {
+ public:
+  Table(Output& output, const Screen& screen) : output_(output), screen_(screen) {}
+
+  void Add(Row row) {
+    if (!measured_) {
+      first_.push_back(std::move(row));
+      if (first_.size() == kMeasured) Measure();
+    } else {
+      Print(row);
+    }
+  }
+
+  void Finish() {
+    if (!measured_) Measure();
+  }
+
+ private:
+  static constexpr std::size_t kMeasured = 1000;
+
+  void Measure() {
+    measured_ = true;
+    for (const Row& row : first_) domain_ = std::max(domain_, TerminalText::Width(row.domain));
+    if (screen_.width != 0) domain_ = std::min(domain_, std::max<std::size_t>(screen_.width / 4, 12));
+    for (const Row& row : first_) Print(row);
+    first_.clear();
+  }
+
+  void Print(const Row& row) {
+    using namespace TerminalText;
+    const bool cut = screen_.width != 0;
+    const std::string domain = ElidedMiddle(row.domain, cut ? domain_ : 0);
+    const std::string head = PaddedRight(row.kind, 9) + "  " + PaddedLeft(row.size, 8) + "  " +
+                             PaddedRight(row.modified, 19) + "  " + PaddedRight(domain, domain_) + "  ";
+    const std::size_t used = Width(head);
+    const std::size_t room =
+        cut ? std::max<std::size_t>(screen_.width - std::min(used, screen_.width), 12) : 0;
+    output_.Write(head + ElidedMiddle(row.path, room) + '\n');
+  }
+
+  Output& output_;
+  const Screen& screen_;
+  std::vector<Row> first_;
+  bool measured_ = false;
+  std::size_t domain_ = 0;
+};
+
+class Lister {
+ public:
+  explicit Lister(const ListOptions& options)
+      : options_(options),
+        folder_(options.root),
+        screen_(Screen::OfStandardOutput()),
+        table_(output_, screen_) {
+    CheckPattern();
+    manifest_ = OpenManifest(folder_);
+  }
+
+  ExitStatus Run() {
+    Entry entry;
+    for (;;) {
+      const Manifest::Next next = manifest_->Read(entry);
+      if (next == Manifest::Next::End) break;
+      if (next == Manifest::Next::Damaged) {
+        ++damaged_;
+      } else if (Wanted(entry)) {
+        Print(entry);
+      }
+    }
+    table_.Finish();
+    output_.Flush();
+    return Outcome();
+  }
+
+ private:
+  // A bad pattern is found before anything is printed.
+  void CheckPattern() const {
+    if (!options_.match) return;
+    try {
+      Utils::MatchString("", *options_.match, nullptr);
+    } catch (const std::regex_error& error) {
+      throw Failure(fmt::format("--match {}: {}", *options_.match, error.what()));
+    }
+  }
+
+  bool Wanted(const Entry& entry) {
+    if (options_.domain && entry.domain != *options_.domain) return false;
+    if (!options_.match) return true;
+    try {
+      return Utils::MatchString(entry.path, *options_.match, nullptr);
+    } catch (const std::regex_error&) {  // some patterns are refused only with a long text
+      ++unmatched_;
+      return false;
+    }
+  }
+
+  void Print(const Entry& entry) {
+    if (options_.json) {
+      output_.Write(AsJson(entry).dump(-1, ' ', true, Json::error_handler_t::replace) + '\n');
+    } else {
+      const std::string size = entry.size ? TerminalText::Size(*entry.size) : "-";
+      table_.Add({std::string(NameOf(entry.kind)), entry.kind == EntryKind::File ? size : "-", DateOf(entry),
+                  TerminalText::Escaped(entry.domain), TerminalText::Escaped(entry.path)});
+    }
+  }
+
+  Json AsJson(const Entry& entry) const {
+    const std::string id = Utils::CalcFileID(entry.domain.c_str(), entry.path.c_str());
+    Json json = {
+        {"id", id},        {"domain", entry.domain},    {"path", entry.path}, {"kind", NameOf(entry.kind)},
+        {"size", nullptr}, {"modified", DateOf(entry)}, {"stored", nullptr}};
+    if (entry.size) json["size"] = *entry.size;
+    if (entry.kind == EntryKind::File) json["stored"] = folder_.StoredPath(id, manifest_->TwoLevel());
+    return json;
+  }
+
+  ExitStatus Outcome() const {
+    if (damaged_ == 0 && unmatched_ == 0) return ExitStatus::Fine;
+    std::string line = "hostutil:";
+    if (damaged_ != 0) line += " left out " + TerminalText::Counted(damaged_, "damaged record");
+    if (damaged_ != 0 && unmatched_ != 0) line += ',';
+    if (unmatched_ != 0) line += " could not match " + TerminalText::Counted(unmatched_, "path");
+    std::fputs((line + '\n').c_str(), stderr);
+    return ExitStatus::Problems;
+  }
+
+  const ListOptions& options_;
+  BackupFolder folder_;
+  Output output_;
+  Screen screen_;
+  Table table_;
+  std::unique_ptr<Manifest> manifest_;
+  std::uint64_t damaged_ = 0;
+  std::uint64_t unmatched_ = 0;
+};
+
+}  // namespace
+
+ExitStatus RunList(const ListOptions& options) {
+  return Lister(options).Run();
+}

@@ -1,0 +1,159 @@
+#include <fmt/format.h>
+#include <sys/stat.h>
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+#include "backup_files.h"
+#include "commands.h"
+#include "common/plist_util.h"
+#include "common/utils.h"
+#include "library_text.h"
+#include "manifest_mbdb.h"
+#include "output.h"
+#include "sample_manifest.h"
+#include "terminal_text.h"
+
+namespace {
+
+constexpr std::array<const char*, 5> kDomains = {"HomeDomain", "MediaDomain", "SystemDomain",
+                                                 "AppDomain-com.example.notes", "AppDomain-org.example.maps"};
+constexpr long kFirstTime = 1672574400;  // noon of 2023-01-01, UTC
+constexpr long kDay = 86400;
+
+void WriteFile(const std::string& path, const std::string& bytes) {
+  Stream stream(std::fopen(path.c_str(), "wbx"));
+  const bool written =
+      stream != nullptr && std::fwrite(bytes.data(), 1, bytes.size(), stream.get()) == bytes.size();
+  if (!written || std::fclose(stream.release()) != 0) throw Failure(path + ": " + std::strerror(errno));
+}
+
+std::string XmlPlist(plist_t node) {
+  char* text = nullptr;
+  std::uint32_t length = 0;
+  plist_to_xml(node, &text, &length);
+  return Taken(text);
+}
+
+// The settings of an imagined application.
+std::string Settings(std::size_t number, bool binary) {
+  const Plist settings(plist_new_dict());
+  PlistUtil::InsertPlistDictString(settings.get(), "Name", fmt::format("Application {}", number).c_str());
+  PlistUtil::AddNoneValuePlistDictString(settings.get(), "Account", nullptr);
+  plist_dict_set_item(settings.get(), "Launches", plist_new_uint(number % 97));
+  plist_dict_set_item(settings.get(), "Sound", plist_new_bool(number % 2 == 0));
+  const plist_t recent = plist_new_array();
+  for (std::size_t item = 0; item < number % 7; ++item) {
+    PlistUtil::AppendPlistArrayString(recent, fmt::format("Documents/note-{}.txt", item).c_str());
+  }
+  plist_dict_set_item(settings.get(), "Recent", recent);
+  return binary ? BinaryPlist(settings.get()) : XmlPlist(settings.get());
+}
+
+// Bytes that stand for a picture or the like: any, but always the same.
+std::string Noise(std::size_t number) {
+  std::string bytes((number * 37) % 3000 + 100, '\0');
+  auto state = static_cast<std::uint32_t>(number);
+  for (char& byte : bytes) {
+    state = state * 1664525 + 1013904223;
+    byte = static_cast<char>(static_cast<unsigned char>(state >> 24));
+  }
+  return bytes;
+}
+
+struct SampleFile {
+  std::string path;
+  std::string bytes;
+};
+
+SampleFile FileNumber(std::size_t number) {
+  switch (number % 10) {
+    case 0:
+      return {fmt::format("Library/Preferences/com.example.app{}.plist", number), Settings(number, true)};
+    case 5:
+      return {fmt::format("Library/Preferences/com.example.app{}.plist", number), Settings(number, false)};
+    case 1:
+    case 2:
+    case 3:
+      return {fmt::format("Media/Photos/IMG_{:05}.JPG", number), Noise(number)};
+    case 4:
+      return {fmt::format("Library/Data/store-{}.sqlite", number), Noise(number)};
+    default:
+      return {fmt::format("Documents/note-{}.txt", number),
+              fmt::format("Note {} of a sample backup.\n", number)};
+  }
+}
+
+class Sample {
+ public:
+  explicit Sample(const SampleOptions& options) : options_(options), root_(WithSeparator(options.folder)) {}
+
+  void Write() {
+    MakeFolder();
+    WriteInfo();
+    manifest_ = options_.two_level ? WriteManifestDb(root_) : WriteManifestMbdb(root_);
+    for (const char* const domain : kDomains) {
+      for (const char* const folder : {"", "Documents", "Library", "Library/Preferences"}) {
+        AddEntry({"", domain, folder, EntryKind::Directory, 0, kFirstTime}, "");
+      }
+    }
+    AddEntry({"", kDomains[0], "Library/Latest", EntryKind::Link, 0, kFirstTime}, "Documents/note-7.txt");
+    for (std::size_t number = 0; number < options_.files; ++number) AddFile(number);
+    manifest_->Finish();
+  }
+
+ private:
+  void MakeFolder() const {
+    if (options_.folder.empty()) throw Failure("the sample's folder is not named");
+    if (::mkdir(root_.c_str(), 0777) != 0 && errno != EEXIST) {
+      throw Failure(options_.folder + ": " + std::strerror(errno));
+    }
+    std::error_code error;
+    const bool empty = std::filesystem::is_empty(root_, error);
+    if (error) throw Failure(options_.folder + ": " + error.message());
+    if (!empty) throw Failure(options_.folder + ": is not empty");
+  }
+
+  void WriteInfo() const {
+    const Plist info(plist_new_dict());
+    PlistUtil::InsertPlistDictString(info.get(), "Device Name", "Sample device");
+    PlistUtil::InsertPlistDictString(info.get(), "Product Type", "Sample1,1");
+    PlistUtil::InsertPlistDictString(info.get(), "Product Version", "1.0");
+    PlistUtil::InsertPlistDictString(info.get(), "Serial Number", "SAMPLE000001");
+    constexpr std::int32_t kFrom2001 = 721656000;  // 2023-11-14 12:00:00 UTC, counted from 2001
+    plist_dict_set_item(info.get(), "Last Backup Date", plist_new_date(kFrom2001, 0));
+    WriteFile(Taken(Utils::ConcatFilePath(root_.c_str(), "Info.plist")), XmlPlist(info.get()));
+  }
+
+  void AddEntry(Entry entry, const std::string& target) {
+    entry.id = Utils::CalcFileID(entry.domain.c_str(), entry.path.c_str());
+    manifest_->Add(entry, target);
+  }
+
+  void AddFile(std::size_t number) {
+    const SampleFile file = FileNumber(number);
+    const char* const domain = kDomains.at(number % 7 % kDomains.size());
+    const std::string id = Utils::CalcFileID(domain, file.path.c_str());
+    WriteFile(Utils::ConcatBackupFilePath(root_.c_str(), id.c_str(), options_.two_level, true), file.bytes);
+    const long modified = kFirstTime + static_cast<long>(number % 300) * kDay;
+    AddEntry({"", domain, file.path, EntryKind::File, file.bytes.size(), modified}, "");
+  }
+
+  const SampleOptions& options_;
+  std::string root_;
+  std::unique_ptr<ManifestWriter> manifest_;
+};
+
+}  // namespace
+
+ExitStatus RunSample(const SampleOptions& options) {
+  Sample(options).Write();
+  Output output;
+  output.Write(fmt::format("Wrote a sample backup of {} to {}\n",
+                           TerminalText::Counted(options.files, "file"),
+                           TerminalText::Escaped(options.folder)));
+  output.Flush();
+  return ExitStatus::Fine;
+}

@@ -1,0 +1,11 @@
+// The description of a file that a manifest database keeps as a keyed archive.
+
+#pragma once
+
+#include <cstddef>
+
+#include "manifest.h"
+
+// Reads size and modification time from the archive into `entry`. False when the archive does not parse or
+// has no usable size.
+bool DecodeKeyedArchive(const char* bytes, std::size_t length, Entry& entry);

@@ -1,0 +1,18 @@
+// The record file of the flat generation, read from a stream.
+
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+
+#include "manifest.h"
+
+struct CloseStream {
+  void operator()(std::FILE* stream) const { std::fclose(stream); }
+};
+using Stream = std::unique_ptr<std::FILE, CloseStream>;
+
+// A reader of the records in `stream`, which holds `size` bytes; null when it does not begin as a record file
+// does. Records are read one at a time: memory is bounded by the longest one.
+std::unique_ptr<Manifest> ReadRecords(Stream stream, std::uint64_t size);

@@ -1,0 +1,41 @@
+#include "output.h"
+
+#include <fmt/format.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+
+void Output::Write(std::string_view lines) {
+  constexpr std::size_t kBlock = 1 << 16;
+  pending_ += lines;
+  if (pending_.size() >= kBlock) Flush();
+}
+
+void Output::Flush() {
+  const std::string block = std::move(pending_);
+  pending_.clear();
+  if (std::fwrite(block.data(), 1, block.size(), stdout) != block.size() || std::fflush(stdout) != 0) {
+    throw OutputFailure{errno};
+  }
+}
+
+Screen Screen::OfStandardOutput() {
+  Screen screen;
+  if (::isatty(STDOUT_FILENO) == 0) return screen;
+  constexpr std::size_t kUsualWidth = 80;
+  winsize size{};
+  const bool known = ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+  screen.width = known ? size.ws_col : kUsualWidth;
+  const char* const refused = std::getenv("NO_COLOR");
+  const char* const terminal = std::getenv("TERM");
+  screen.colour =
+      (refused == nullptr || *refused == '\0') && terminal != nullptr && std::string_view(terminal) != "dumb";
+  return screen;
+}
+
+std::string Screen::Styled(std::string_view style, std::string_view text) const {
+  return colour ? fmt::format("\x1b[{}m{}\x1b[0m", style, text) : std::string(text);
+}

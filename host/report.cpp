@@ -1,0 +1,187 @@
+#include "report.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
+#include <nlohmann/json.hpp>
+
+#include "common/utils.h"
+#include "terminal_text.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+using TerminalText::Count;
+using TerminalText::Counted;
+using TerminalText::Escaped;
+using TerminalText::PaddedLeft;
+using TerminalText::PaddedRight;
+
+std::string_view NameOf(ProblemKind kind) {
+  return kProblemKinds.at(static_cast<std::size_t>(kind));
+}
+
+std::string_view LayoutOf(const Report& report) {
+  return report.two_level ? "two-level" : "flat";
+}
+
+// The entries of a map with the largest first; of equal ones the first by name.
+template <typename Value, typename Weight>
+std::vector<std::pair<std::string, Value>> Largest(const std::map<std::string, Value>& map, Weight weight) {
+  std::vector<std::pair<std::string, Value>> sorted(map.begin(), map.end());
+  std::stable_sort(sorted.begin(), sorted.end(),
+                   [&](const auto& a, const auto& b) { return weight(a.second) > weight(b.second); });
+  return sorted;
+}
+
+// Builds the lines of the report for people.
+class Text {
+ public:
+  explicit Text(const Screen& screen) : screen_(screen) {}
+
+  void Line(std::string_view text) {
+    lines_ += TerminalText::ElidedEnd(text, screen_.width);
+    lines_ += '\n';
+  }
+  void StyledLine(const std::string& text) { lines_ += text + '\n'; }
+  void Heading(std::string_view text) { lines_ += '\n' + screen_.Bold(text) + '\n'; }
+  void Field(std::string_view name, std::string_view value) {
+    Line(PaddedRight(name, kNameWidth) + Escaped(value));
+  }
+  std::size_t RoomFor(std::size_t other_columns) const {
+    constexpr std::size_t kLongestName = 60;
+    if (screen_.width == 0) return 0;
+    return std::clamp<std::size_t>(screen_.width - std::min(screen_.width, other_columns), 8, kLongestName);
+  }
+  const Screen& screen() const { return screen_; }
+  std::string Take() { return std::move(lines_); }
+
+ private:
+  static constexpr std::size_t kNameWidth = 18;
+  const Screen& screen_;
+  std::string lines_;
+};
+
+void AddVerdict(const Report& report, Text& text) {
+  if (report.problems.empty()) {
+    text.StyledLine(text.screen().Green("No problems") + ": " + Counted(report.listed, "file") + " checked.");
+    return;
+  }
+  text.StyledLine(text.screen().Red(Counted(report.problems.size(), "problem")));
+}
+
+// The problems by kind, the first twenty of all in full.
+void AddProblems(const Report& report, Text& text) {
+  constexpr std::size_t kShown = 20;
+  std::size_t shown = 0;
+  for (std::size_t kind = 0; kind < kProblemKinds.size(); ++kind) {
+    const auto is_kind = [kind](const Problem& problem) {
+      return problem.kind == static_cast<ProblemKind>(kind);
+    };
+    const auto count = std::count_if(report.problems.begin(), report.problems.end(), is_kind);
+    if (count == 0) continue;
+    text.Line(fmt::format("  {}: {}", kProblemKinds.at(kind), Count(static_cast<std::uint64_t>(count))));
+    for (const Problem& problem : report.problems) {
+      if (shown == kShown) break;
+      if (!is_kind(problem)) continue;
+      ++shown;
+      const std::string name = problem.domain.empty() ? problem.path : problem.domain + "  " + problem.path;
+      const std::string id =
+          problem.id.empty() ? "" : TerminalText::ElidedEnd(Escaped(problem.id), 40) + "  ";
+      text.Line("    " + id + Escaped(name));
+    }
+  }
+  if (report.problems.size() > kShown) {
+    text.Line(fmt::format("  and {} more, all of them in --json", Count(report.problems.size() - kShown)));
+  }
+}
+
+void AddDomains(const Report& report, Text& text) {
+  if (report.domains.empty()) return;
+  text.Heading("Domains");
+  constexpr std::size_t kNumbers = 2 + 2 + 12 + 2 + 10;
+  const std::size_t room = text.RoomFor(kNumbers);
+  std::size_t widest = 0;
+  for (const auto& [name, total] : report.domains) {
+    const std::size_t width = TerminalText::Width(Escaped(name));
+    widest = std::max(widest, room != 0 ? std::min(width, room) : width);
+  }
+  for (const auto& [name, total] : Largest(report.domains, [](const DomainTotal& t) { return t.bytes; })) {
+    const std::string shown = TerminalText::ElidedMiddle(Escaped(name), room);
+    text.Line(fmt::format("  {}  {}  {}", PaddedRight(shown, widest),
+                          PaddedLeft(Counted(total.files, "file"), 12),
+                          PaddedLeft(TerminalText::Size(total.bytes), 10)));
+  }
+}
+
+void AddExtensions(const Report& report, Text& text) {
+  if (report.extensions.empty()) return;
+  constexpr std::size_t kShown = 10;
+  constexpr std::size_t kWidth = 16;
+  text.Heading("Busiest extensions");
+  const auto sorted = Largest(report.extensions, [](std::uint64_t count) { return count; });
+  for (std::size_t at = 0; at < std::min(kShown, sorted.size()); ++at) {
+    const std::string shown = TerminalText::ElidedEnd(Escaped(sorted[at].first), kWidth);
+    text.Line(fmt::format("  {}  {}", PaddedRight(shown, kWidth), PaddedLeft(Count(sorted[at].second), 12)));
+  }
+  if (sorted.size() > kShown) text.Line(fmt::format("  and {} more", Count(sorted.size() - kShown)));
+}
+
+}  // namespace
+
+std::string ReportAsJson(const Report& report) {
+  Json json = {{"root", report.root}, {"layout", LayoutOf(report)}, {"device", Json::object()}};
+  for (const auto& [key, value] : report.device) json["device"][key] = value;
+  json["files"] = {{"listed", report.listed},         {"present", report.present},
+                   {"missing", report.missing},       {"mismatched_id", report.mismatched_id},
+                   {"wrong_size", report.wrong_size}, {"bytes", report.bytes}};
+  json["property_lists"] = {{"read", report.property_lists_read}, {"damaged", report.property_lists_damaged}};
+  json["domains"] = Json::object();
+  // Appended as pairs: an ordered object looks through all its keys at every insertion by key.
+  auto& domains = json["domains"].get_ref<Json::object_t&>();
+  for (const auto& [name, total] : report.domains) {
+    domains.emplace_back(name, Json{{"files", total.files}, {"bytes", total.bytes}});
+  }
+  json["extensions"] = Json::object();
+  auto& extensions = json["extensions"].get_ref<Json::object_t&>();
+  for (const auto& [name, count] : report.extensions) extensions.emplace_back(name, count);
+  json["months"] = report.months;
+  json["problems"] = Json::array();
+  for (const Problem& problem : report.problems) {
+    json["problems"].push_back({{"kind", NameOf(problem.kind)},
+                                {"id", problem.id},
+                                {"domain", problem.domain},
+                                {"path", problem.path}});
+  }
+  json["elapsed"] = report.elapsed;
+  return json.dump(-1, ' ', true, Json::error_handler_t::replace) + '\n';
+}
+
+std::string ReportAsText(const Report& report, const Screen& screen) {
+  Text text(screen);
+  AddVerdict(report, text);
+  AddProblems(report, text);
+
+  text.Heading("Backup");
+  text.Field("Folder", report.root);
+  text.Field("Layout", LayoutOf(report));
+  for (const auto& [key, value] : report.device) text.Field(key, value);
+  if (report.modified) {
+    text.Field("Months covered", fmt::format("{} to {}", Utils::MonthRange(report.modified->first).first,
+                                             Utils::MonthRange(report.modified->second).second));
+  }
+  text.Field("Time taken", report.elapsed);
+
+  text.Heading("Files");
+  text.Field("Listed", Count(report.listed));
+  text.Field("Present", fmt::format("{} ({})", Count(report.present), TerminalText::Size(report.bytes)));
+  text.Field("Missing", Count(report.missing));
+  text.Field("Mismatched id", Count(report.mismatched_id));
+  text.Field("Wrong size", Count(report.wrong_size));
+  text.Field("Property lists", fmt::format("{} read, {} damaged", Count(report.property_lists_read),
+                                           Count(report.property_lists_damaged)));
+  AddDomains(report, text);
+  AddExtensions(report, text);
+  return text.Take();
+}

@@ -1,0 +1,24 @@
+// Writes the manifest of a backup, of either generation. What it writes depends on the entries alone.
+
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "manifest.h"
+
+class ManifestWriter {
+ public:
+  virtual ~ManifestWriter() = default;
+
+  // `target` is where a link points to. Both throw Failure when the disk takes no more.
+  virtual void Add(const Entry& entry, const std::string& target) = 0;
+  virtual void Finish() = 0;
+};
+
+// A new manifest in the folder `root`, which ends with "/".
+std::unique_ptr<ManifestWriter> WriteManifestDb(const std::string& root);
+std::unique_ptr<ManifestWriter> WriteManifestMbdb(const std::string& root);
+
+// The bytes of a node in the binary encoding.
+std::string BinaryPlist(plist_t node);

@@ -1,0 +1,138 @@
+#include "terminal_text.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+
+namespace {
+
+constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
+constexpr std::string_view kEllipsis = "\xE2\x80\xA6";
+
+unsigned char ByteAt(std::string_view text, std::size_t at) {
+  return static_cast<unsigned char>(text[at]);
+}
+
+// The length of the valid UTF-8 sequence that `rest` begins with; 0 when it begins with none.
+std::size_t SequenceLength(std::string_view rest) {
+  const unsigned char lead = ByteAt(rest, 0);
+  if (lead < 0x80) return 1;
+  if (lead < 0xC2 || lead > 0xF4) return 0;
+  const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+  if (rest.size() < length) return 0;
+  for (std::size_t at = 1; at < length; ++at) {
+    if ((ByteAt(rest, at) & 0xC0) != 0x80) return 0;
+  }
+  const unsigned char second = ByteAt(rest, 1);
+  const bool too_long = (lead == 0xE0 && second < 0xA0) || (lead == 0xF0 && second < 0x90);
+  const bool out_of_range = (lead == 0xED && second >= 0xA0) || (lead == 0xF4 && second >= 0x90);
+  return too_long || out_of_range ? 0 : length;
+}
+
+// Calls `visit` with each character of `text`, with the replacement character for a byte that begins none.
+template <typename Visit>
+void ForEachCharacter(std::string_view text, Visit visit) {
+  while (!text.empty()) {
+    const std::size_t length = SequenceLength(text);
+    visit(length == 0 ? kReplacement : text.substr(0, length));
+    text.remove_prefix(length == 0 ? 1 : length);
+  }
+}
+
+std::string EscapedCharacter(std::string_view character) {
+  const unsigned char first = ByteAt(character, 0);
+  if (character.size() == 1 && (first < 0x20 || first == 0x7F)) {
+    switch (first) {
+      case '\n':
+        return "\\n";
+      case '\r':
+        return "\\r";
+      case '\t':
+        return "\\t";
+      default:
+        return fmt::format("\\x{:02x}", first);
+    }
+  }
+  if (first == 0xC2 && ByteAt(character, 1) < 0xA0) return fmt::format("\\u{:04x}", ByteAt(character, 1));
+  return std::string(character);
+}
+
+bool ContinuesCharacter(char byte) {
+  return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
+}
+
+// Where the character number `count` of `text` begins.
+std::size_t OffsetOf(std::string_view text, std::size_t count) {
+  std::size_t at = 0;
+  for (; at < text.size(); ++at) {
+    if (!ContinuesCharacter(text[at]) && count-- == 0) break;
+  }
+  return at;
+}
+
+}  // namespace
+
+std::string TerminalText::ValidUtf8(std::string_view text) {
+  // Nearly every name is plain, and a large backup asks twice for every file.
+  const bool plain = std::all_of(text.begin(), text.end(), [](char c) { return (c & 0x80) == 0; });
+  if (plain) return std::string(text);
+  std::string valid;
+  ForEachCharacter(text, [&valid](std::string_view character) { valid += character; });
+  return valid;
+}
+
+std::string TerminalText::Escaped(std::string_view text) {
+  std::string escaped;
+  ForEachCharacter(text, [&escaped](std::string_view character) { escaped += EscapedCharacter(character); });
+  return escaped;
+}
+
+std::size_t TerminalText::Width(std::string_view text) {
+  std::size_t width = 0;
+  for (const char byte : text) width += ContinuesCharacter(byte) ? 0U : 1U;
+  return width;
+}
+
+std::string TerminalText::ElidedEnd(std::string_view text, std::size_t width) {
+  if (width == 0 || Width(text) <= width) return std::string(text);
+  return std::string(text.substr(0, OffsetOf(text, width - 1))).append(kEllipsis);
+}
+
+std::string TerminalText::ElidedMiddle(std::string_view text, std::size_t width) {
+  const std::size_t whole = Width(text);
+  if (width == 0 || whole <= width) return std::string(text);
+  const std::size_t tail = (width - 1) / 2;
+  const std::size_t head = width - 1 - tail;
+  std::string elided(text.substr(0, OffsetOf(text, head)));
+  return elided.append(kEllipsis).append(text.substr(OffsetOf(text, whole - tail)));
+}
+
+std::string TerminalText::PaddedRight(std::string_view text, std::size_t width) {
+  const std::size_t own = Width(text);
+  return std::string(text).append(own < width ? width - own : 0, ' ');
+}
+
+std::string TerminalText::PaddedLeft(std::string_view text, std::size_t width) {
+  const std::size_t own = Width(text);
+  return std::string(own < width ? width - own : 0, ' ').append(text);
+}
+
+std::string TerminalText::Size(std::uint64_t bytes) {
+  constexpr std::array<std::string_view, 7> kUnits = {"B", "KiB", "MiB", "GiB", "TiB", "PiB", "EiB"};
+  auto value = static_cast<double>(bytes);
+  std::size_t unit = 0;
+  for (; value >= 1023.5 && unit + 1 < kUnits.size(); ++unit) value /= 1024;
+  const int digits = unit > 0 && value < 9.95 ? 1 : 0;
+  return fmt::format("{:.{}f} {}", value, digits, kUnits.at(unit));
+}
+
+std::string TerminalText::Count(std::uint64_t count) {
+  std::string digits = std::to_string(count);
+  for (std::size_t at = digits.size(); at > 3;) digits.insert(at -= 3, 1, ',');
+  return digits;
+}
+
+std::string TerminalText::Counted(std::uint64_t count, std::string_view noun) {
+  return fmt::format("{} {}{}", Count(count), noun, count == 1 ? "" : "s");
+}

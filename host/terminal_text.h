@@ -1,0 +1,38 @@
+// Text from a backup made fit for a screen, and numbers as people read them. Widths are counted in code
+// points.
+//
+//   TerminalText::Escaped("a\x1b[31m\n")       // "a\\x1b[31m\\n"
+//   TerminalText::Size(1536)                   // "1.5 KiB"
+
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace TerminalText {
+
+// `text` with every byte that is not part of valid UTF-8 replaced by U+FFFD.
+std::string ValidUtf8(std::string_view text);
+
+// The same, and with every control character written as an escape: nothing in it can move a cursor.
+std::string Escaped(std::string_view text);
+
+std::size_t Width(std::string_view text);
+
+// `text` cut to `width` code points, an ellipsis in the place of what was taken out. Width 0 cuts nothing.
+std::string ElidedEnd(std::string_view text, std::size_t width);
+std::string ElidedMiddle(std::string_view text, std::size_t width);
+
+// `text` with spaces behind it, or before it, up to `width`.
+std::string PaddedRight(std::string_view text, std::size_t width);
+std::string PaddedLeft(std::string_view text, std::size_t width);
+
+std::string Size(std::uint64_t bytes);   // "17 B", "1.5 KiB", "20 MiB"
+std::string Count(std::uint64_t count);  // "1,234,567"
+
+// "1 file", "2 files"
+std::string Counted(std::uint64_t count, std::string_view noun);
+
+}  // namespace TerminalText

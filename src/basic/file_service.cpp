@@ -1,0 +1,51 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <climits>
+#include <cstring>
+
+#include "basic/services.h"
+
+namespace {
+
+class FileService final : public IBasUtilityFile {
+ public:
+  // Makes missing parents too. Works in a buffer on the stack, so that nothing here can throw.
+  void CreateDirectory(const char* path) override {
+    char partial[PATH_MAX];
+    const std::size_t length = std::strlen(path);
+    if (length == 0 || length >= sizeof partial) return;
+    std::memcpy(partial, path, length + 1);
+    for (char* slash = std::strchr(partial + 1, '/'); slash != nullptr; slash = std::strchr(slash + 1, '/')) {
+      *slash = '\0';
+      ::mkdir(partial, kDirectoryMode);
+      *slash = '/';
+    }
+    ::mkdir(partial, kDirectoryMode);
+  }
+
+  // Looks before it opens: opening a pipe or a device can block or wake somebody at its other end.
+  std::uint64_t GetFileSize(const char* path) override {
+    struct stat status {};
+    if (::stat(path, &status) != 0 || !S_ISREG(status.st_mode)) return 0;
+    const int file = ::open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (file < 0) return 0;
+    const bool regular = ::fstat(file, &status) == 0 && S_ISREG(status.st_mode);
+    ::close(file);
+    return regular ? static_cast<std::uint64_t>(status.st_size) : 0;
+  }
+
+  std::FILE* OpenFile(const char* path, const char* mode) override { return std::fopen(path, mode); }
+
+ private:
+  static constexpr mode_t kDirectoryMode = 0777;  // narrowed by the process's umask
+};
+
+constinit FileService service;
+
+}  // namespace
+
+IBasUtilityFile* Basic::FileService() {
+  return &service;
+}

@@ -1,0 +1,13 @@
+// The stand-in's three services, for its accessors and for tests that put something of their own in between.
+
+#pragma once
+
+#include "common/basic/basic_services.h"
+
+namespace Basic {
+
+IBasUtilityFile* FileService();
+IBasUtilityString* StringService();
+IBasUtilitySys* SysService();
+
+}  // namespace Basic

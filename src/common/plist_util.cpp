@@ -1,0 +1,158 @@
+#include "common/plist_util.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <iostream>
+#include <limits>
+#include <memory>
+#include <type_traits>
+
+#include "common/basic/basic_services.h"
+#include "common/plist_limits.h"
+#include "common/text_or_empty.h"
+
+namespace {
+
+struct CloseStream {
+  void operator()(std::FILE* stream) const { std::fclose(stream); }
+};
+using Stream = std::unique_ptr<std::FILE, CloseStream>;
+
+struct FreeBlock {
+  void operator()(char* block) const { std::free(block); }
+};
+using Block = std::unique_ptr<char, FreeBlock>;
+
+struct FreeXml {
+  void operator()(char* xml) const {
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored \
+    "-Wdeprecated-declarations"  // later releases prefer another name for the same call
+    plist_to_xml_free(xml);
+#pragma GCC diagnostic pop
+  }
+};
+using Xml = std::unique_ptr<char, FreeXml>;
+
+Stream OpenForReading(const char* path) {
+  return Stream(BasUtilityFile()->OpenFile(path, "rb"));
+}
+
+// `size` bytes of the file and a NUL. Taken zeroed, so that the bytes which a shrunken file no longer
+// delivers are zeros, and so that a size which lies costs address space but no memory. Null when there is no
+// stream or no memory.
+Block ReadWhole(const char* path, std::uint64_t size) {
+  const Stream stream = OpenForReading(path);
+  if (stream == nullptr || size >= std::numeric_limits<std::size_t>::max()) return nullptr;
+  Block bytes(static_cast<char*>(std::calloc(static_cast<std::size_t>(size) + 1, 1)));
+  if (bytes == nullptr) return nullptr;
+  // A short read needs no handling: the bytes behind it are zeros.
+  static_cast<void>(std::fread(bytes.get(), 1, static_cast<std::size_t>(size), stream.get()));
+  return bytes;
+}
+
+// libplist's parsers return nothing in its earlier releases and an error code in its later ones.
+template <typename Parser>
+plist_t Parse(Parser* parser, const char* bytes, std::uint32_t length) {
+  plist_t root = nullptr;
+  if constexpr (std::is_void_v<decltype(parser(bytes, length, &root))>) {
+    parser(bytes, length, &root);
+  } else if (parser(bytes, length, &root) != decltype(parser(bytes, length, &root)){}) {
+    plist_free(root);
+    root = nullptr;
+  }
+  return root;
+}
+
+bool IsA(plist_t node, plist_type type) {
+  return plist_get_node_type(node) == type;  // null has a type of its own
+}
+
+void InsertString(plist_t dict, const char* key, const char* value) {
+  if (key != nullptr && IsA(dict, PLIST_DICT)) plist_dict_set_item(dict, key, plist_new_string(value));
+}
+
+}  // namespace
+
+std::int32_t PlistUtil::IsBinPlist(const char* path) {
+  constexpr char kMagic[] = "bplist00";
+  const Stream stream = OpenForReading(TextOrEmpty(path));
+  if (stream == nullptr) return 0;
+  char start[sizeof kMagic] = {};
+  static_cast<void>(
+      std::fread(start, 1, sizeof kMagic - 1, stream.get()));  // bytes that are missing stay zero
+  return std::memcmp(start, kMagic, sizeof kMagic) == 0 ? 1 : 0;
+}
+
+plist_t PlistUtil::ReadPlist(const char* path) {
+  path = TextOrEmpty(path);
+  const std::uint64_t size = BasUtilityFile()->GetFileSize(path);
+  if (size == 0) return nullptr;
+  const Block bytes = ReadWhole(path, size);
+  if (bytes == nullptr) return nullptr;
+
+  const auto length = static_cast<std::uint32_t>(size);  // all that the parsers can be told
+  if (IsBinPlist(path) != 0) {
+    return PlistLimits::BinaryIsSafe(bytes.get(), length) ? Parse(plist_from_bin, bytes.get(), length)
+                                                          : nullptr;
+  }
+  return PlistLimits::XmlIsSafe(bytes.get(), length) ? Parse(plist_from_xml, bytes.get(), length) : nullptr;
+}
+
+void PlistUtil::AppendPlistArrayString(plist_t array, const char* value) {
+  if (IsA(array, PLIST_ARRAY)) plist_array_append_item(array, plist_new_string(TextOrEmpty(value)));
+}
+
+void PlistUtil::AddNoneValuePlistDictString(plist_t dict, const char* key, const char* value) {
+  const bool missing = value == nullptr || *value == '\0';
+  InsertString(dict, key, missing ? "(None)" : value);
+}
+
+void PlistUtil::InsertPlistDictString(plist_t dict, const char* key, const char* value) {
+  InsertString(dict, key, TextOrEmpty(value));
+}
+
+plist_t PlistUtil::PlistCopyZero(plist_t node) {
+  return node != nullptr ? plist_copy(node) : plist_new_uint(0);
+}
+
+plist_t PlistUtil::PlistCopyEmptyString(plist_t node) {
+  return node != nullptr ? plist_copy(node) : plist_new_string("");
+}
+
+void PlistUtil::PrintPlist(plist_t node) {
+  if (node == nullptr) return;
+  // Two streams write to one output here. Each is flushed before the other goes on, since a host may have
+  // told them not to keep step.
+  std::cout.flush();
+  std::puts(".................PrintPlist BEGIN.................");
+  std::fflush(stdout);
+
+  char* text = nullptr;
+  std::uint32_t length = 0;
+  plist_to_xml(node, &text, &length);
+  if (const Xml xml(text); xml != nullptr) {
+    std::cout.write(xml.get(),
+                    static_cast<std::streamsize>(std::strlen(xml.get())));  // no width or fill applies
+    std::cout << std::endl;
+  }
+  std::puts(".................PrintPlist END.................");
+  std::fflush(stdout);
+}
+
+std::uint64_t PlistUtil::GetIntegerValue(plist_t node) {
+  std::uint64_t value = 0;
+  plist_get_uint_val(node, &value);  // leaves the zero for null and for every other type
+  return value;
+}
+
+std::uint64_t PlistUtil::GetDictOrUidIntegerValue(plist_t node, const char* key) {
+  std::uint64_t value = 0;
+  if (IsA(node, PLIST_UID)) {
+    plist_get_uid_val(node, &value);
+  } else if (IsA(node, PLIST_DICT) && key != nullptr) {
+    value = GetIntegerValue(plist_dict_get_item(node, key));
+  }
+  return value;
+}

@@ -1,0 +1,123 @@
+#include "common/utils/dates.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstddef>
+#include <cstdlib>
+#include <ctime>
+#include <initializer_list>
+#include <iterator>
+#include <limits>
+#include <optional>
+#include <string_view>
+
+namespace {
+
+constexpr std::size_t kDurationBlock = 16;  // "1193046:28:15" is the longest
+constexpr std::size_t kDateBlock = 24;
+constexpr std::size_t kLongestDate = 32;  // a year of ten digits and a sign
+
+// The local date and time in the zone that was looked up last.
+std::optional<std::tm> BrokenDown(std::time_t time) {
+  std::tm fields{};
+  if (::localtime_r(&time, &fields) == nullptr) return std::nullopt;
+  return fields;
+}
+
+// std::localtime without its shared result. It looks the time zone up, and so does this.
+std::optional<std::tm> LocalTime(std::time_t time) {
+  ::tzset();
+  return BrokenDown(time);
+}
+
+// The time of a local date, whose fields need not be normalised. std::mktime's -1 is also the second before
+// 1970, so success is read from the weekday, which it fills in.
+std::optional<std::time_t> ToTime(std::tm fields) {
+  fields.tm_wday = -1;
+  const std::time_t time = std::mktime(&fields);
+  if (fields.tm_wday < 0) return std::nullopt;
+  return time;
+}
+
+// Writes `value` with `width` digits at least and returns the end of it. Beside the printf family, which
+// reads a format at every call, this is several times as fast.
+char* WriteNumber(char* write, std::int64_t value, std::ptrdiff_t width) {
+  if (value < 0) {
+    *write++ = '-';
+    value = -value;
+  }
+  char digits[std::numeric_limits<std::int64_t>::digits10 + 1];
+  const char* const end = std::to_chars(digits, std::end(digits), value).ptr;
+  for (std::ptrdiff_t missing = width - (end - digits); missing > 0; --missing) *write++ = '0';
+  return std::copy(static_cast<const char*>(digits), end, write);
+}
+
+// Two-digit numbers with `between` before each of them.
+char* WritePairs(char* write, char between, std::initializer_list<int> values) {
+  for (const int value : values) {
+    *write++ = between;
+    write = WriteNumber(write, value, 2);
+  }
+  return write;
+}
+
+// A date, perhaps with its time, as text.
+class DateText {
+ public:
+  // Years are counted in 64 bits: one near the largest int may not have 1900 added to it.
+  explicit DateText(const std::tm& date)
+      : end_(WritePairs(WriteNumber(text_, std::int64_t{date.tm_year} + 1900, 4), '-',
+                        {date.tm_mon + 1, date.tm_mday})) {}
+  DateText& WithTime(const std::tm& date) {
+    end_ = WritePairs(WritePairs(end_, ' ', {date.tm_hour}), ':', {date.tm_min, date.tm_sec});
+    return *this;
+  }
+  std::string_view View() const { return {text_, static_cast<std::size_t>(end_ - text_)}; }
+  std::string String() const { return std::string(View()); }
+
+ private:
+  char text_[kLongestDate];
+  char* end_;
+};
+
+char* ZeroedBlock(std::size_t size) {
+  return static_cast<char*>(std::calloc(size, 1));
+}
+
+}  // namespace
+
+char* Utils::ConvertSecondsToTime(std::uint32_t seconds) {
+  char* const text = ZeroedBlock(kDurationBlock);
+  if (text == nullptr) return nullptr;
+  const auto minutes = static_cast<int>(seconds / 60 % 60);
+  WritePairs(WriteNumber(text, seconds / 3600, 2), ':', {minutes, static_cast<int>(seconds % 60)});
+  return text;
+}
+
+char* Utils::GetCurrentDate() {
+  const std::optional<std::tm> now = LocalTime(std::time(nullptr));
+  if (!now) return nullptr;
+  char* const text = ZeroedBlock(kDateBlock);
+  if (text != nullptr) DateText(*now).WithTime(*now).View().copy(text, kDateBlock - 1);
+  return text;
+}
+
+std::pair<std::string, std::string> Utils::MonthRange(long time) {
+  constexpr std::time_t kDay = 86400;
+  std::optional<std::tm> date = LocalTime(time);
+  if (!date) return {};
+  date->tm_mon += 1;  // a thirteenth month is the next January
+  date->tm_mday = 1;
+  const std::optional<std::time_t> next_month = ToTime(*date);
+  if (!next_month) return {};
+  const std::optional<std::tm> last = BrokenDown(*next_month - kDay);  // mktime has looked the zone up
+  if (!last) return {};
+  std::tm first = *last;
+  first.tm_mday = 1;
+  return {DateText(first).String(), DateText(*last).String()};
+}
+
+std::string Utils::ConvertUtcToLocalDate(long time) {
+  const std::optional<std::tm> date = LocalTime(time);
+  return date ? DateText(*date).WithTime(*date).String() : std::string();
+}

@@ -1,0 +1,56 @@
+#include "common/utils/fields.h"
+
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+bool IsDigit(int code) {
+  return code >= '0' && code <= '9';
+}
+
+// The value of a hexadecimal digit, -1 for any other character.
+int DigitValue(char digit) {
+  if (IsDigit(digit)) return digit - '0';
+  const int letter = digit | 0x20;  // in lower case
+  return letter >= 'a' && letter <= 'f' ? letter - 'a' + 10 : -1;
+}
+
+std::int32_t Component(const char* pair) {
+  const int high = DigitValue(pair[0]);
+  const int low = DigitValue(pair[1]);
+  if (high >= 0 && low >= 0) return high * 16 + low;  // as nearly always: spares the string
+  return std::stoi(std::string(pair, 2), nullptr, 16);
+}
+
+}  // namespace
+
+bool Utils::IsPhoneFormat(const char* text, char separator) {
+  if (text == nullptr) return false;
+  // The end is no digit, so digits, which most characters are, need no look for it.
+  while (IsDigit(*text) || (*text == separator && separator != '\0')) ++text;
+  return *text == '\0';
+}
+
+bool Utils::isNotPhoneNumberChar(int code) {
+  return !IsDigit(code) && code != '#' && code != '*' && code != '+' && code != ',' && code != ';';
+}
+
+RgbColor Utils::ColorHexToRGB(const char* code) {
+  if (code == nullptr) return {};
+  if (*code == '#') ++code;
+  if (std::strlen(code) != 6) return {};
+  return {Component(code), Component(code + 2), Component(code + 4)};
+}
+
+int Utils::GetZeroIntIsNull(const char* text) {
+  return text != nullptr ? std::atoi(text) : 0;
+}
+
+long Utils::GetZeroLongIsNull(const char* text) {
+  return text != nullptr ? std::atol(text) : 0;
+}
+
+std::string Utils::Base64Decode(const char* /*encoded*/, std::uint32_t /*length*/) {
+  return {};
+}

@@ -1,0 +1,52 @@
+#include "common/utils/table_check.h"
+
+#include <glog/logging.h>
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <climits>
+#include <memory>
+#include <string>
+
+#include "common/text_or_empty.h"
+
+namespace {
+
+// Where the log lines say that they come from; hosts filter by these.
+constexpr char kLogFile[] = "src/common/utils";
+constexpr int kSchemaQueryLine = 377;
+constexpr int kColumnQueryLine = 402;
+
+struct FinalizeStatement {
+  void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+};
+
+// Whether `sql` can be prepared and then gives a row.
+TableCheckStatus Check(sqlite3* db, const std::string& sql, int log_line) {
+  const int length = static_cast<int>(std::min<std::size_t>(sql.size(), INT_MAX));
+  sqlite3_stmt* prepared = nullptr;
+  const int refused = sqlite3_prepare(db, sql.c_str(), length, &prepared, nullptr);
+  if (refused != SQLITE_OK) {
+    // The code as a text, since the stream would group its digits by the global locale.
+    google::LogMessage(kLogFile, log_line, google::GLOG_ERROR).stream()
+        << "OPEN STMT SQL: " << sql << " RES: " << std::to_string(refused);
+    return TableCheckStatus::PrepareFailed;
+  }
+  const std::unique_ptr<sqlite3_stmt, FinalizeStatement> statement(prepared);
+  return sqlite3_step(statement.get()) == SQLITE_ROW ? TableCheckStatus::Found : TableCheckStatus::NotFound;
+}
+
+}  // namespace
+
+TableCheckResult Utils::TableCheck(void* db, const char* table, const char* column) {
+  table = TextOrEmpty(table);
+  auto* const connection = static_cast<sqlite3*>(db);
+  TableCheckResult result{TableCheckStatus::NotFound, TableCheckStatus::NotChecked};
+  result.table = Check(
+      connection, std::string("SELECT sql FROM sqlite_master WHERE type='table' AND name ='") + table + "'",
+      kSchemaQueryLine);
+  if (column == nullptr || result.table != TableCheckStatus::Found) return result;
+  result.column =
+      Check(connection, std::string("select count(") + column + ") from " + table, kColumnQueryLine);
+  return result;
+}

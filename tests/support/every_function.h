@@ -1,0 +1,20 @@
+// Each function of the library called once, with the answer it has to give: for tests of what holds for all
+// of them.
+
+#pragma once
+
+#include <span>
+#include <string>
+#include <vector>
+
+struct LibraryCall {
+  const char* name;
+  std::string (*call)();
+  std::string result;               // with all the memory it wants
+  std::vector<std::string> failed;  // what a call may give that got no memory; empty: it asks for none
+};
+
+std::span<const LibraryCall> EveryFunction();
+
+// Whether the calling thread is in the library rather than in the test around it.
+extern thread_local bool inside_library_call;

@@ -1,0 +1,35 @@
+// The three accessors of the basic services for tests: what a test has put in place, else the stand-in's own.
+//
+//   ServiceOverride<IBasUtilityFile> file(&recording_file_service);
+
+#pragma once
+
+#include <utility>
+
+#include "common/basic/basic_services.h"
+
+// The service that the accessor gives, and how many times it was asked for one.
+template <typename Service>
+struct ServiceSlot {
+  Service* service = nullptr;
+  int accessor_calls = 0;
+};
+
+ServiceSlot<IBasUtilityFile>& SlotOf(IBasUtilityFile*);
+ServiceSlot<IBasUtilityString>& SlotOf(IBasUtilityString*);
+ServiceSlot<IBasUtilitySys>& SlotOf(IBasUtilitySys*);
+
+// Puts a service in place as long as it lives, and counts from zero. Not for tests with several threads.
+template <typename Service>
+class ServiceOverride {
+ public:
+  explicit ServiceOverride(Service* service) : slot_(SlotOf(service)) { slot_ = {service, 0}; }
+  ~ServiceOverride() { slot_ = {}; }
+  ServiceOverride(const ServiceOverride&) = delete;
+  ServiceOverride& operator=(const ServiceOverride&) = delete;
+
+  int AccessorCalls() const { return slot_.accessor_calls; }
+
+ private:
+  ServiceSlot<Service>& slot_;
+};
