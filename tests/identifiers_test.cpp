@@ -1,6 +1,6 @@
 #include "common/utils/identifiers.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <set>
 
@@ -13,11 +13,7 @@ TEST(GenerateLowerUuid, IsNewAndInLowerCaseEveryTime) {
   std::set<std::string> seen;
   for (int i = 0; i < 200; ++i) {
     const std::string id = Utils::GenerateLowerUuid();
-    ASSERT_EQ(id.size(), 36u);
-    for (std::size_t at = 0; at < id.size(); ++at) {
-      const bool hyphen = at == 8 || at == 13 || at == 18 || at == 23;
-      EXPECT_NE(std::string(hyphen ? "-" : "0123456789abcdef").find(id[at]), std::string::npos) << id;
-    }
+    EXPECT_THAT(id, testing::MatchesRegex("[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}"));
     EXPECT_TRUE(seen.insert(id).second) << id;
   }
 }

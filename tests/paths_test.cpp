@@ -3,75 +3,48 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <string>
 
 #include "platform/autorelease_pool.h"
 
 namespace {
 
-struct Path {
-  const char* path;
-  const char* parent;
-  const char* name;
-  const char* without_extension;
-  const char* extension;
-};
-
-const Path kPaths[] = {
-    {"/a/b/c.txt", "/a/b/", "c.txt", "/a/b/c", "txt"},
-    {"c.txt", "", "c.txt", "c", "txt"},
-    {"/a/b/", "/a/b/", "", "/a/b/", ""},
-    {"/", "/", "", "/", ""},
-    {"", "", "", "", ""},
-    {"/a.d/b", "/a.d/", "b", "/a", ""},
-    {"/a/.profile", "/a/", ".profile", "/a/", "profile"},
-    {"a\\b\\c.TXT", "", "c.TXT", "a\\b\\c", "TXT"},
-    {"a\\b/c", "a\\b/", "c", "a\\b/c", ""},
-    {"a/b\\c", "a/", "c", "a/b\\c", ""},
-    {"x.tar.gz", "", "x.tar.gz", "x.tar", "gz"},
-    {"file.", "", "file.", "file", ""},
-    {"//x", "//", "x", "//x", ""},
-    {"/\xC3\xA9/\xF0\x9F\x98\x80.b", "/\xC3\xA9/", "\xF0\x9F\x98\x80.b", "/\xC3\xA9/\xF0\x9F\x98\x80", "b"},
-    {nullptr, "", "", "", ""}};
-
 TEST(Paths, AreTakenApart) {
   const AutoreleasePool pool;
-  for (const Path& p : kPaths) {
-    EXPECT_EQ(Utils::GetParentDir(p.path), p.parent);
-    EXPECT_EQ(Utils::GetFileName(p.path), p.name);
-    EXPECT_EQ(Utils::GetFileNameWithoutExt(p.path), p.without_extension);
-    EXPECT_EQ(Utils::GetFilePostfix(p.path), p.extension);
+  // The folder, the name, the path without its extension, the extension.
+  const char* const cases[][2] = {{"c.txt", "|c.txt|c|txt"},     {"/a/c.txt", "/a/|c.txt|/a/c|txt"},
+                                  {"/a/b/", "/a/b/||/a/b/|"},    {"/", "/||/|"},
+                                  {"/a.d/b", "/a.d/|b|/a|"},     {nullptr, "|||"},
+                                  {"/a/.rc", "/a/|.rc|/a/|rc"},  {"//x", "//|x|//x|"},
+                                  {"a\\b/c", "a\\b/|c|a\\b/c|"}, {"a\\b\\c.TXT", "|c.TXT|a\\b\\c|TXT"},
+                                  {"file.", "|file.|file|"},     {"x.tar.gz", "|x.tar.gz|x.tar|gz"}};
+  for (const auto& [path, parts] : cases) {
+    EXPECT_EQ(Utils::GetParentDir(path) + '|' + Utils::GetFileName(path) + '|' +
+                  Utils::GetFileNameWithoutExt(path) + '|' + Utils::GetFilePostfix(path),
+              parts);
   }
 }
 
-// Each ends in a way that UTF-8 forbids: cut short, overlong, a surrogate, beyond the last character, a stray
-// byte.
-TEST(GetParentDir, CutsTextThatIsNoUtf8) {
+// After three characters of several bytes, each ends in a way that UTF-8 forbids: cut short, overlong, a
+// surrogate, beyond the last character, a stray byte.
+TEST(GetParentDir, CutsAnyText) {
   const AutoreleasePool pool;
-  for (const char* tail : {"\xC3", "\xE2\x82", "\xF0\x9F\x98", "\xC0\xAF", "\xE0\x80\xAF", "\xED\xA0\x80",
-                           "\xF0\x80\x80\xAF", "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "\x80", "\xFF"}) {
-    EXPECT_EQ(Utils::GetParentDir((std::string("/a/") + tail).c_str()), "/a/");
-    EXPECT_EQ(Utils::GetParentDir((std::string(tail) + "/b").c_str()), std::string(tail) + "/");
-    EXPECT_EQ(Utils::GetParentDir(tail), "");
-  }
+  for (const std::string tail :
+       {"\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80", "\xC3", "\xE2\x82", "\xF0\x9F\x98", "\xC0\xAF",
+        "\xE0\x80\xAF", "\xED\xA0\x80", "\xF0\x80\x80\xAF", "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "\x80"})
+    EXPECT_EQ(Utils::GetParentDir((tail + "/" + tail).c_str()), tail + "/");
 }
 
 TEST(ConcatFilePath, PutsASlashOnlyBehindAFolderThatHasOneInside) {
-  const struct {
-    const char* directory;
-    const char* name;
-    const char* joined;
-  } cases[] = {{"/a", "f", "/a/f"},    {"/a/", "f", "/a/f"}, {"a/b", "f", "a/b/f"}, {"dir", "f", "dirf"},
-               {"", "f", "f"},         {"/", "f", "/f"},     {"/a", "/f", "/a//f"}, {"/a", "", "/a/"},
-               {"a\\b", "f", "a\\bf"}, {nullptr, "f", "f"},  {"/a", nullptr, "/a/"}};
-  for (const auto& c : cases) {
-    char* const joined = Utils::ConcatFilePath(c.directory, c.name);
-    EXPECT_STREQ(joined, c.joined);
+  const char* const cases[][3] = {{"/a", "f", "/a/f"},   {"/a/", "f", "/a/f"},  {"a/b", "f", "a/b/f"},
+                                  {"dir", "f", "dirf"},  {"", "f", "f"},        {"/", "f", "/f"},
+                                  {"/a", "/f", "/a//f"}, {"/a", "", "/a/"},     {"a\\b", "f", "a\\bf"},
+                                  {nullptr, "f", "f"},   {"/a", nullptr, "/a/"}};
+  for (const auto& [directory, name, expected] : cases) {
+    char* const joined = Utils::ConcatFilePath(directory, name);
+    EXPECT_STREQ(joined, expected);
     std::free(joined);
   }
-}
-
-TEST(GetFileCreateTime, HasNoAnswer) {
-  EXPECT_EQ(Utils::GetFileCreateTime("/", nullptr), "");
 }
 
 }  // namespace

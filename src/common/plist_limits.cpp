@@ -200,6 +200,7 @@ class BinaryWalk {
 // Whether a NUL stands before anything else than NULs; those at the end are what is missing of a file that
 // shrank.
 bool HoldsNulInside(const char* bytes, std::size_t length) {
+  if (length == 0) return false;
   const auto* const nul = static_cast<const char*>(std::memchr(bytes, 0, length));
   if (nul == nullptr) return false;
   const auto rest = static_cast<std::size_t>(bytes + length - nul);

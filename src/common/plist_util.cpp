@@ -149,9 +149,10 @@ std::uint64_t PlistUtil::GetIntegerValue(plist_t node) {
 
 std::uint64_t PlistUtil::GetDictOrUidIntegerValue(plist_t node, const char* key) {
   std::uint64_t value = 0;
-  if (IsA(node, PLIST_UID)) {
+  const plist_type type = plist_get_node_type(node);
+  if (type == PLIST_UID) {
     plist_get_uid_val(node, &value);
-  } else if (IsA(node, PLIST_DICT) && key != nullptr) {
+  } else if (type == PLIST_DICT && key != nullptr) {
     value = GetIntegerValue(plist_dict_get_item(node, key));
   }
   return value;

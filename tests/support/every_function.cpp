@@ -1,13 +1,11 @@
 #include "support/every_function.h"
 
-#include <gtest/gtest.h>
-#include <plist/plist.h>
 #include <sqlite3.h>
 
-#include <algorithm>
+#include <concepts>
 #include <cstdlib>
 #include <memory>
-#include <new>
+#include <numeric>
 #include <regex>
 
 #include "common/big_endian_bit_converter.h"
@@ -20,7 +18,26 @@ constinit thread_local bool inside_library_call = false;
 
 namespace {
 
-// Marks what `call` does as done inside the library.
+using namespace BigEndianBitConverter;
+using namespace PlistUtil;
+using namespace Utils;
+
+template <auto kFunction>
+using Calls = std::integral_constant<decltype(kFunction), kFunction>;
+using Node = std::unique_ptr<void, Calls<&plist_free>>;
+
+// Long enough that no string keeps them in itself.
+constexpr char kPath[] =
+    "/a folder with a long name/another one/a file with a long name.and a long extension";
+const std::string kFolder = "/a folder with a long name/another one/";
+const std::string kName = "a file with a long name.and a long extension";
+const std::string kLong = "a text that is longer than a string object itself";
+
+// A list of two texts.
+const std::string kBinaryList(
+    "bplist00\xA2\1\2QaQb\x08\x0B\x0D\0\0\0\0\0\0\1\1\0\0\0\0\0\0\0\3\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\x0F", 50);
+
+// Marks what `call` does as done inside the library. It allocates nothing of its own.
 template <typename Call>
 auto Within(Call call) {
   struct Inside {
@@ -30,236 +47,157 @@ auto Within(Call call) {
   return call();
 }
 
-// Long enough that no string keeps them in itself.
-constexpr char kPath[] =
-    "/a folder with a long name/another folder/a file with a long name.and a long extension";
-constexpr char kName[] = "a file with a long name.and a long extension";
-constexpr char kFields[] = "the first of the fields,the second of the fields,the third of the fields";
-constexpr char kLong[] = "a text that is longer than a string object itself";
+// A result as a text to compare. A block or a node is freed, as the caller has to.
+struct Text {
+  static std::string Of(std::string text) { return text; }
+  static std::string Of(const std::pair<std::string, std::string>& texts) {
+    return texts.first + texts.second;
+  }
+  static std::string Of(std::integral auto number) { return std::to_string(number); }
+  static std::string Of(plist_t node) { return Node(node) != nullptr ? "read" : "null"; }
+  template <typename Byte>
+  static std::string Of(Byte* block) {
+    const std::unique_ptr<Byte, Calls<&std::free>> owner(block);
+    return block != nullptr ? reinterpret_cast<const char*>(block) : "null";
+  }
+};
 
-// A block that the caller frees, as a text to compare.
-template <typename Byte>
-std::string Taken(Byte* block) {
-  const std::unique_ptr<Byte, decltype(&std::free)> owner(block, &std::free);
-  return block != nullptr ? reinterpret_cast<const char*>(block) : "null";
+template <typename Function, typename... Arguments>
+auto Call(Function function, Arguments... arguments) {
+  return [=] { return Text::Of(Within([&] { return function(arguments...); })); };
 }
 
-struct FreeNode {
-  void operator()(void* node) const { plist_free(node); }
-};
-using Node = std::unique_ptr<void, FreeNode>;
+template <typename Function>
+auto OnFile(Function function, std::string contents) {
+  return [=] {
+    const TemporaryFolder folder;
+    return Call(function, folder.Write("a.plist", contents).c_str())();
+  };
+}
 
-struct CloseDatabase {
-  void operator()(sqlite3* db) const { EXPECT_EQ(sqlite3_close(db), SQLITE_OK) << "a statement is open"; }
-};
+// What `change` makes of a text, which stays as it was when the call throws.
+template <typename Change>
+auto Changed(const std::string& before, Change change) {
+  return [=] {
+    std::string text = before;
+    try {
+      Within([&] { change(text); });
+    } catch (const std::exception& error) {
+      if (text != before) return std::string("changed by a call that failed");
+      if (dynamic_cast<const std::regex_error*>(&error) == nullptr) throw;
+      text = "regex_error";
+    }
+    return text;
+  };
+}
 
-std::string CheckTable(const char* table, const char* column) {
+auto Match(const std::string& pattern) {
+  return Changed("before", [pattern](std::string& matched) {
+    if (!MatchString(kLong, pattern, &matched)) matched = "no match";
+  });
+}
+
+// A split that throws has added the fields before the one it had no memory for.
+std::string Split() {
+  std::vector<std::string> fields = {kName};
+  const std::string all = kName + kLong + kName;
+  const auto joined = [&fields] { return std::accumulate(fields.begin(), fields.end(), std::string()); };
+  const std::string text = kLong + "," + kName;
+  try {
+    Within([&] { SplitWithFlag(text.c_str(), ',', fields); });
+  } catch (const std::bad_alloc&) {
+    if (all.starts_with(joined())) throw;
+  }
+  return joined() == all ? "done" : "wrong fields";
+}
+
+std::string TwoLevelPath() {
+  const TemporaryFolder folder;
+  const std::string root = folder.Path();
+  return Call(&ConcatBackupFilePath, root.c_str(), kLong.c_str(), true, true)().substr(root.size());
+}
+
+// A statement that stays open keeps the database, as blocks that nobody frees.
+std::string CheckTable(const char* column) {
   sqlite3* opened = nullptr;
   sqlite3_open(":memory:", &opened);
-  const std::unique_ptr<sqlite3, CloseDatabase> db(opened);
+  const std::unique_ptr<sqlite3, Calls<&sqlite3_close>> db(opened);
   sqlite3_exec(opened, "CREATE TABLE a_table_with_a_long_name(x)", nullptr, nullptr, nullptr);
-  const TableCheckResult result = Within([&] { return Utils::TableCheck(opened, table, column); });
+  const auto result = Within([&] { return TableCheck(opened, "a_table_with_a_long_name", column); });
   return std::to_string(static_cast<int>(result.table)) + std::to_string(static_cast<int>(result.column));
 }
 
-std::string Replaced(std::string text, std::size_t search_at, const char* replacement) {
-  const std::string before = text;
-  const std::string outside = text.substr(search_at, 4);
-  try {
-    Within([&] {
-      const char* const search = replacement != nullptr ? outside.c_str() : text.c_str() + search_at;
-      return Utils::ReplaceStr(text, search, replacement != nullptr ? replacement : search);
-    });
-  } catch (const std::bad_alloc&) {
-    if (text != before) return "changed by a call that failed";
-    throw;
-  }
-  return text;
-}
-
-std::string Split() {
-  std::vector<std::string> fields = {kLong};
-  std::string left = "threw";
-  try {
-    Within([&] {
-      Utils::SplitWithFlag(kFields, ',', fields);
-      return 0;
-    });
-    left = "done";
-  } catch (const std::bad_alloc&) {
-  }
-  const std::vector<std::string> all = {kLong, "the first of the fields", "the second of the fields",
-                                        "the third of the fields"};
-  if (fields.size() > all.size() || !std::equal(fields.begin(), fields.end(), all.begin()))
-    return "wrong fields";
-  return left;
-}
-
-std::string Match(const char* pattern) {
-  std::string matched = "before";
-  try {
-    const bool matches = Within([&] { return Utils::MatchString(kLong, pattern, &matched); });
-    return matches ? matched : "no match";
-  } catch (const std::exception& error) {
-    if (matched != "before") return "changed by a call that failed";
-    if (dynamic_cast<const std::regex_error*>(&error) != nullptr) return "regex_error";
-    throw;
-  }
-}
-
-std::string Read(const std::string& contents, bool binary_test) {
-  const TemporaryFolder folder;
-  const std::string path = folder.Write("a.plist", contents);
-  if (binary_test) return std::to_string(Within([&] { return PlistUtil::IsBinPlist(path.c_str()); }));
-  const Node root(Within([&] { return PlistUtil::ReadPlist(path.c_str()); }));
-  return root != nullptr ? "read" : "null";
-}
-
-std::string BinaryList() {
-  const Node list(plist_new_array());
-  for (const char* text : {"one", kLong, "three"}) PlistUtil::AppendPlistArrayString(list.get(), text);
-  char* bytes = nullptr;
-  std::uint32_t length = 0;
-  plist_to_bin(list.get(), &bytes, &length);
-  std::string result(bytes, length);
-  std::free(bytes);
-  return result;
-}
-
 // The helpers for nodes, whose allocations are all libplist's.
-std::string BuildTree() {
+std::uint64_t BuildTree() {
   const Node root(plist_new_dict());
   const Node list(plist_new_array());
-  const Node copy(Within([&] {
-    PlistUtil::AppendPlistArrayString(list.get(), kLong);
-    PlistUtil::InsertPlistDictString(root.get(), "a", kLong);
-    PlistUtil::AddNoneValuePlistDictString(root.get(), "b", nullptr);
-    plist_free(PlistUtil::PlistCopyZero(list.get()));
-    plist_free(PlistUtil::PlistCopyZero(nullptr));
-    plist_free(PlistUtil::PlistCopyEmptyString(nullptr));
-    PlistUtil::PrintPlist(root.get());
-    return PlistUtil::PlistCopyEmptyString(root.get());
-  }));
-  plist_dict_set_item(copy.get(), "c", plist_new_uint(3));
-  return std::to_string(Within([&] {
-    return PlistUtil::GetDictOrUidIntegerValue(copy.get(), "c") +
-           PlistUtil::GetIntegerValue(plist_dict_get_item(copy.get(), "c"));
-  }));
-}
-
-std::string Decode() {
-  const unsigned char bytes[] = {0, 0, 0, 0, 0, 0, 0, 1};
-  using namespace BigEndianBitConverter;
-  return std::to_string(Within([&] {
-    return ToInt16(bytes, 6) + ToUInt16(bytes, 6) + ToInt32(bytes, 4) +
-           static_cast<std::int64_t>(ToUInt32(bytes, 4)) + ToInt64(bytes, 0);
-  }));
+  AppendPlistArrayString(list.get(), kLong.c_str());
+  InsertPlistDictString(root.get(), "a", kLong.c_str());
+  AddNoneValuePlistDictString(root.get(), "b", nullptr);
+  plist_free(PlistCopyZero(list.get()));
+  plist_free(PlistCopyEmptyString(nullptr));
+  PrintPlist(root.get());
+  plist_dict_set_item(root.get(), "c", plist_new_uint(3));
+  return GetDictOrUidIntegerValue(root.get(), "c") + GetIntegerValue(plist_dict_get_item(root.get(), "c"));
 }
 
 // What allocates nothing.
-std::string Ask() {
-  return std::to_string(Within([] {
-    const RgbColor color = Utils::ColorHexToRGB("#010203");
-    const std::string text = kLong;
-    return Utils::CompareI(kLong, kLong) + Utils::StartWith(text, kLong) + Utils::EndWith(text, kLong) +
-           Utils::IsPhoneFormat("1", ',') + Utils::isNotPhoneNumberChar('a') + color.red + color.green +
-           color.blue + Utils::GetZeroIntIsNull("1") + static_cast<int>(Utils::GetZeroLongIsNull("1")) +
-           static_cast<int>(Utils::Base64Decode(kLong, 4).size() +
-                            Utils::GetFileCreateTime(kLong, kLong).size()) +
-           (Utils::MemMem(kLong, 9, kLong + 5, 3) == kLong + 5);
-  }));
+std::int64_t Ask(const std::string& text) {
+  const unsigned char bytes[] = {0, 0, 0, 0, 0, 0, 0, 1};
+  const RgbColor color = ColorHexToRGB("#010203");
+  const char* const begin = text.c_str();
+  return ToInt16(bytes, 6) + ToUInt16(bytes, 6) + ToInt32(bytes, 4) + std::int64_t{ToUInt32(bytes, 4)} +
+         ToInt64(bytes, 0) + CompareI(begin, begin) + StartWith(text, begin) + EndWith(text, begin) +
+         IsPhoneFormat("1", ',') + isNotPhoneNumberChar('a') + color.red + color.green + color.blue +
+         GetZeroIntIsNull("1") + GetZeroLongIsNull("1") + (Base64Decode("YQ==", 4) == "a") +
+         GetFileCreateTime("a", "b").empty() + (MemMem(begin, 9, begin + 5, 3) == begin + 5);
 }
 
+const unsigned char kBytes[] = {0, 'c', 'b', 'a'};
 const std::vector<std::string> kThrows = {"bad_alloc"};
 const std::vector<std::string> kNull = {"null"};
 
-const LibraryCall kCalls[] = {
-    {"GetParentDir, its objects in a pool",
-     [] {
-       const AutoreleasePool pool;
-       return Within([] { return Utils::GetParentDir(kPath); });
-     },
-     "/a folder with a long name/another folder/", kThrows},
-    {"GetParentDir, its objects the thread's",
-     [] { return Within([] { return Utils::GetParentDir(kPath); }); },
-     "/a folder with a long name/another folder/", kThrows},
-    {"GetFileName", [] { return Within([] { return Utils::GetFileName(kPath); }); }, kName, kThrows},
-    {"GetFileNameWithoutExt", [] { return Within([] { return Utils::GetFileNameWithoutExt(kName); }); },
-     "a file with a long name", kThrows},
-    {"GetFilePostfix", [] { return Within([] { return Utils::GetFilePostfix(kPath); }); },
-     "and a long extension", kThrows},
-    {"ConcatFilePath", [] { return Taken(Within([] { return Utils::ConcatFilePath("/a", "f"); })); }, "/a/f",
-     kNull},
-    {"CalcFileID", [] { return Within([] { return Utils::CalcFileID("HomeDomain", "Library/notes.db"); }); },
-     "4c936ec5e49eb87cae13d3d20531f0618e04222e", kThrows},
-    {"ConcatBackupFilePath, flat",
-     [] { return Within([] { return Utils::ConcatBackupFilePath("/b/", kName, false, true); }); },
-     "/b/" + std::string(kName), kThrows},
-    {"ConcatBackupFilePath, two-level",
-     [] {
-       const TemporaryFolder folder;
-       const std::string root = folder.Path() + "/";
-       const std::string path =
-           Within([&] { return Utils::ConcatBackupFilePath(root.c_str(), kLong, true, true); });
-       return path.substr(root.size());
-     },
-     "a /" + std::string(kLong), kThrows},
-    {"ConcatStr", [] { return Taken(Within([] { return Utils::ConcatStr("ab", "c"); })); }, "abc", kNull},
-    {"ReplaceChar", [] { return Taken(Within([] { return Utils::ReplaceChar("a.b", '/', '.'); })); }, "a/b",
-     kNull},
-    {"ReplaceStr, growing", [] { return Replaced("a text in which the text grows", 2, kLong); },
-     "a " + std::string(kLong) + " in which the " + kLong + " grows", kThrows},
-    {"ReplaceStr, from inside the string", [] { return Replaced(kLong, 2, nullptr); }, kLong, kThrows},
-    {"DeleteDelims", [] { return Taken(Within([] { return Utils::DeleteDelims(kFields, ",", "-"); })); },
-     "the first of the fields-the second of the fields-the third of the fields", kNull},
-    {"SplitWithFlag", &Split, "done", {"threw"}},
-    {"MatchString", [] { return Match("(a|b)[a-z ]+(?=.).*"); }, kLong, kThrows},
-    {"MatchString, no match", [] { return Match("a[^x]{2,5}b"); }, "no match", kThrows},
-    {"MatchString, going back", [] { return Match("(a).*\\1.*"); }, kLong, kThrows},
-    {"MatchString, bad pattern", [] { return Match("a(b"); }, "regex_error", {"bad_alloc", "regex_error"}},
-    {"ConvertSecondsToTime", [] { return Taken(Within([] { return Utils::ConvertSecondsToTime(3661); })); },
-     "01:01:01", kNull},
-    {"GetCurrentDate",
-     [] {
-       const std::string date = Taken(Within([] { return Utils::GetCurrentDate(); }));
-       return date == "null" ? date : std::to_string(date.size());
-     },
-     "19", kNull},
-    {"MonthRange",
-     [] { return Within([] { return Utils::MonthRange(1'700'000'000); }).second; },
-     "2023-11-30",
-     {}},
-    {"ConvertUtcToLocalDate",
-     [] { return Within([] { return Utils::ConvertUtcToLocalDate(1'700'000'000); }).substr(0, 8); },
-     "2023-11-", kThrows},
-    {"GenerateLowerUuid",
-     [] {
-       const AutoreleasePool pool;
-       return std::to_string(Within([] { return Utils::GenerateLowerUuid(); }).size());
-     },
-     "36", kThrows},
-    {"TableCheck", [] { return CheckTable("a_table_with_a_long_name", "x"); }, "00", kThrows},
-    {"TableCheck, refused", [] { return CheckTable("a_table_with_a_long_name", "a_column_it_lacks"); }, "03",
-     kThrows},
-    {"ReadPlist, XML", [] { return Read("<plist><array><string>a</string></array></plist>", false); }, "read",
-     kNull},
-    {"ReadPlist, binary", [] { return Read(BinaryList(), false); }, "read", kNull},
-    {"ReadPlist, damaged", [] { return Read("bplist00 and what is none", false); }, "null", kNull},
-    {"IsBinPlist", [] { return Read("bplist00", true); }, "1", {}},
-    {"ReverseBytes",
-     [] {
-       return Taken(Within([] {
-         return BigEndianBitConverter::ReverseBytes(reinterpret_cast<const unsigned char*>("\0cba"), 0, 4);
-       }));
-     },
-     "abc", kNull},
-    {"decoders", &Decode, "5", {}},
-    {"helpers for nodes", &BuildTree, "6", {}},
-    {"questions", &Ask, "13", {}},
-};
-
 }  // namespace
 
-std::span<const LibraryCall> EveryFunction() {
-  return kCalls;
+const std::vector<LibraryCall>& EveryFunction() {
+  static const std::vector<LibraryCall> calls = {
+      {"GetParentDir, pool", [] { return AutoreleasePool(), Call(&GetParentDir, kPath)(); }, kFolder,
+       kThrows},
+      {"GetParentDir", Call(&GetParentDir, kPath), kFolder, kThrows},
+      {"GetFileName", Call(&GetFileName, kPath), kName, kThrows},
+      {"GetFileNameWithoutExt", Call(&GetFileNameWithoutExt, kName.c_str()), "a file with a long name",
+       kThrows},
+      {"GetFilePostfix", Call(&GetFilePostfix, kPath), "and a long extension", kThrows},
+      {"ConcatFilePath", Call(&ConcatFilePath, "/a", "f"), "/a/f", kNull},
+      {"CalcFileID", Call(&CalcFileID, "HomeDomain", "Library/notes.db"),
+       "4c936ec5e49eb87cae13d3d20531f0618e04222e", kThrows},
+      {"ConcatBackupFilePath", Call(&ConcatBackupFilePath, "", kPath, false, true), kFolder + kName, kThrows},
+      {"ConcatBackupFilePath, two-level", &TwoLevelPath, "a /" + kLong, kThrows},
+      {"ConcatStr", Call(&ConcatStr, "ab", "c"), "abc", kNull},
+      {"ReplaceChar", Call(&ReplaceChar, "a.b", '/', '.'), "a/b", kNull},
+      {"ReplaceStr, growing", Changed("a-a", [](auto& s) { ReplaceStr(s, "a", kPath); }),
+       kPath + ("-" + kFolder + kName), kThrows},
+      {"ReplaceStr, inside", Changed(kLong, [](auto& s) { ReplaceStr(s, &s[2], &s[2]); }), kLong, kThrows},
+      {"DeleteDelims", Call(&DeleteDelims, "a,b,c", ",", "-"), "a-b-c", kNull},
+      {"SplitWithFlag", &Split, "done", kThrows},
+      {"MatchString", Match("(a|b)[a-z ]+(?=.).*"), kLong, kThrows},
+      {"MatchString, no match", Match("a[^x]{2,5}b"), "no match", kThrows},
+      {"MatchString, going back", Match("(a).*\\1.*"), kLong, kThrows},
+      {"MatchString, bad pattern", Match("a(b"), "regex_error", {"bad_alloc", "regex_error"}},
+      {"ConvertSecondsToTime", Call(&ConvertSecondsToTime, 3661U), "01:01:01", kNull},
+      {"GetCurrentDate", [] { return Call(&GetCurrentDate)().substr(0, 2); }, "20", {"nu"}},
+      {"MonthRange", Call(&MonthRange, 1'700'000'000), "2023-11-012023-11-30", {}},
+      {"ConvertUtcToLocalDate", [] { return Call(&ConvertUtcToLocalDate, 1'700'000'000)().substr(0, 8); },
+       "2023-11-", kThrows},
+      {"GenerateLowerUuid", [] { return Call(&GenerateLowerUuid)().substr(14, 1); }, "4", kThrows},
+      {"TableCheck", [] { return CheckTable("x"); }, "00", kThrows},
+      {"TableCheck, refused", [] { return CheckTable("a_column_it_lacks"); }, "03", kThrows},
+      {"ReadPlist, XML", OnFile(&ReadPlist, "<plist><array><true/></array></plist>"), "read", kNull},
+      {"ReadPlist, binary", OnFile(&ReadPlist, kBinaryList), "read", kNull},
+      {"ReadPlist, damaged", OnFile(&ReadPlist, "bplist00 and what is none"), "null", kNull},
+      {"IsBinPlist", OnFile(&IsBinPlist, "bplist00"), "1", {}},
+      {"ReverseBytes", Call(&ReverseBytes, kBytes, 0, 4), "abc", kNull},
+      {"helpers for nodes", Call(&BuildTree), "6", {}},
+      {"questions", Call(&Ask, kLong), "19", {}}};
+  return calls;
 }

@@ -3,18 +3,18 @@
 
 #pragma once
 
-#include <span>
+#include <functional>
 #include <string>
 #include <vector>
 
 struct LibraryCall {
   const char* name;
-  std::string (*call)();
+  std::function<std::string()> call;
   std::string result;               // with all the memory it wants
   std::vector<std::string> failed;  // what a call may give that got no memory; empty: it asks for none
 };
 
-std::span<const LibraryCall> EveryFunction();
+const std::vector<LibraryCall>& EveryFunction();
 
 // Whether the calling thread is in the library rather than in the test around it.
 extern thread_local bool inside_library_call;

@@ -3,7 +3,7 @@
 //
 //   FailingAllocations::Report report = FailingAllocations::Run(3, false, [] { EveryFunction()[0].call(); });
 //
-// Only what libHostUtil and libBasic allocate fails, directly or through the C++ library. Other libraries are
+// Only what libHostUtil, libBasic and the C++ library on their behalf allocate fails. Other libraries are
 // spared: some of them abort when they get no memory.
 
 #pragma once
@@ -13,7 +13,7 @@
 namespace FailingAllocations {
 
 struct Report {
-  int failed;       // allocations that were refused
+  bool failed;      // whether an allocation was refused
   int blocks_left;  // blocks that the thread took and nobody gave back
 };
 

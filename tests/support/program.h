@@ -1,50 +1,31 @@
-// Runs the program hostutil as a user does, and the backups that it is run on.
+// Runs the program hostutil as a user does: from the shell, on a sample backup.
 
 #pragma once
-
-#include <map>
-#include <nlohmann/json.hpp>
-#include <string>
-#include <vector>
 
 #include "support/temporary_folder.h"
 
 struct ProgramResult {
-  int status;  // as from the shell: 128 and the number for an end by a signal
+  int status;  // as the shell tells it: 128 and the number for an end by a signal
   std::string out;
   std::string err;
 };
 
-// Where the program's streams go.
-struct ProgramStreams {
-  std::string out;               // a file to write to in place of collecting it
-  bool out_closed_pipe = false;  // a pipe that nobody reads, with the signal for that ignored
-  bool err_terminal = false;     // a terminal, whose text is collected
-};
-
-ProgramResult RunHostUtil(const std::vector<std::string>& arguments, const ProgramStreams& streams = {});
+// Three files of the sample, all in HomeDomain.
+inline const std::string kNote = "Documents/note-7.txt";
+inline const std::string kBinaryList = "Library/Preferences/com.example.app0.plist";
+inline const std::string kXmlList = "Library/Preferences/com.example.app5.plist";
 
 // A sample backup in a folder of its own, to be damaged.
-class SampleBackup {
- public:
+struct SampleBackup {
   explicit SampleBackup(const std::string& layout, int files = 40);
 
-  std::string Path(const std::string& name = "") const { return folder_.Path("backup" + ("/" + name)); }
-  std::string Stored(const std::string& domain, const std::string& path) const;
-  std::string Root() const { return folder_.Path("backup"); }
+  // Runs a line of the shell in the backup's folder. In it `hostutil` is the program, and $note, $binary and
+  // $xml are where the three files above are stored. When there is `sql`, the line runs after it and while
+  // its connection to Manifest.db is still open.
+  ProgramResult Run(const std::string& line, const std::string& sql = "") const;
 
-  void Write(const std::string& name, const std::string& bytes) const {
-    folder_.Write("backup/" + name, bytes);
-  }
-  void Sql(const std::string& statements) const;
+  // Runs a line that must leave the folder as it is, with all its names, kinds, times and bytes.
+  ProgramResult Look(const std::string& line) const;
 
-  // Every name in the backup with its bytes (of what is no regular file, its name alone).
-  std::map<std::string, std::string> Snapshot() const;
-
- private:
-  TemporaryFolder folder_;
-  bool two_level_;
+  TemporaryFolder folder;  // holds the backup in its folder backup
 };
-
-// Runs `statements` on a database; fails the test when one fails.
-void RunSql(const std::string& database, const std::string& statements);

@@ -1,12 +1,16 @@
 #include "common/utils/backup_layout.h"
 
+#include <string_view>
+
 #include "common/basic/basic_services.h"
 #include "common/text_or_empty.h"
 
 std::string Utils::CalcFileID(const char* first, const char* second) {
-  std::string joined = TextOrEmpty(first);
-  joined += '-';
-  joined += TextOrEmpty(second);
+  const std::string_view head = TextOrEmpty(first);
+  const std::string_view tail = TextOrEmpty(second);
+  std::string joined;
+  joined.reserve(head.size() + 1 + tail.size());
+  joined.append(head).append(1, '-').append(tail);
 
   // Freed by hand on both ways out: a service may throw, which no destructor could pass on.
   char* const digest = BasUtilityString()->DigestString(joined.c_str());
@@ -22,10 +26,13 @@ std::string Utils::CalcFileID(const char* first, const char* second) {
 }
 
 std::string Utils::ConcatBackupFilePath(const char* root, const char* file_id, bool two_level, bool create) {
-  const std::string id = TextOrEmpty(file_id);
-  std::string path = TextOrEmpty(root);
+  const std::string_view start = TextOrEmpty(root);
+  const std::string_view id = TextOrEmpty(file_id);
+  std::string path;
+  path.reserve(start.size() + 3 + id.size());  // at most
+  path = start;
   if (two_level) {
-    path.append(id, 0, 2);
+    path += id.substr(0, 2);
     if (create) BasUtilityFile()->CreateDirectory(path.c_str());
     path += '/';
   }

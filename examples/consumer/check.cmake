@@ -36,7 +36,7 @@ file(RENAME "${WORK}/installed" "${WORK}/moved")
 if(EXISTS "${WORK}/moved/bin/hostutil")
   run("${WORK}/moved/bin/hostutil" --version)
 endif()
-set(consumer "${SOURCE}/tests/consumer")
+set(consumer "${SOURCE}/examples/consumer")
 build(installed_consumer "${consumer}" -DWAY=find_package "-DCMAKE_PREFIX_PATH=${WORK}/moved")
 run_host("${WORK}/installed_consumer/consumer")
 
