@@ -77,6 +77,12 @@ TEST(ReplaceStr, AgreesWithReplacingOneByOne) {
   }
 }
 
+TEST(ReplaceStr, GrowsOnceAndOnlyAsFarAsNeeded) {
+  std::string text(100'000, '.');
+  Utils::ReplaceStr(text, ".", "ab");
+  EXPECT_LE(text.capacity(), 200'000U);
+}
+
 TEST(DeleteDelims, JoinsThePieces) {
   const char* const cases[][4] = {{",a;b,,c;", ",;", "-", "a-b-c"}, {",a;b,,c;", ",;", nullptr, "abc"},
                                   {"a,b,", ",", "", "ab"},          {"a,b", ",", "<=>", "a<=>b"},

@@ -4,13 +4,10 @@
 
 namespace {
 
-ServiceSlot<IBasUtilityFile> file_slot;
-ServiceSlot<IBasUtilityString> string_slot;
-ServiceSlot<IBasUtilitySys> sys_slot;
-
 // Only an override counts, so that calls from several threads on the stand-in touch nothing shared.
 template <typename Service>
-Service* Ask(ServiceSlot<Service>& slot, Service* standard) {
+Service* Ask(Service* standard) {
+  ServiceSlot<Service>& slot = service_slot<Service>;
   if (slot.service == nullptr) return standard;
   ++slot.accessor_calls;
   return slot.service;
@@ -18,26 +15,14 @@ Service* Ask(ServiceSlot<Service>& slot, Service* standard) {
 
 }  // namespace
 
-ServiceSlot<IBasUtilityFile>& SlotOf(IBasUtilityFile* /*type*/) {
-  return file_slot;
-}
-
-ServiceSlot<IBasUtilityString>& SlotOf(IBasUtilityString* /*type*/) {
-  return string_slot;
-}
-
-ServiceSlot<IBasUtilitySys>& SlotOf(IBasUtilitySys* /*type*/) {
-  return sys_slot;
-}
-
 IBasUtilityFile* BasUtilityFile() {
-  return Ask(file_slot, Basic::FileService());
+  return Ask(Basic::FileService());
 }
 
 IBasUtilityString* BasUtilityString() {
-  return Ask(string_slot, Basic::StringService());
+  return Ask(Basic::StringService());
 }
 
 IBasUtilitySys* BasUtilitySys() {
-  return Ask(sys_slot, Basic::SysService());
+  return Ask(Basic::SysService());
 }

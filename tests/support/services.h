@@ -15,21 +15,17 @@ struct ServiceSlot {
   int accessor_calls = 0;
 };
 
-ServiceSlot<IBasUtilityFile>& SlotOf(IBasUtilityFile*);
-ServiceSlot<IBasUtilityString>& SlotOf(IBasUtilityString*);
-ServiceSlot<IBasUtilitySys>& SlotOf(IBasUtilitySys*);
+template <typename Service>
+inline ServiceSlot<Service> service_slot;
 
 // Puts a service in place as long as it lives, and counts from zero. Not for tests with several threads.
 template <typename Service>
 class ServiceOverride {
  public:
-  explicit ServiceOverride(Service* service) : slot_(SlotOf(service)) { slot_ = {service, 0}; }
-  ~ServiceOverride() { slot_ = {}; }
+  explicit ServiceOverride(Service* service) { service_slot<Service> = {service, 0}; }
+  ~ServiceOverride() { service_slot<Service> = {}; }
   ServiceOverride(const ServiceOverride&) = delete;
   ServiceOverride& operator=(const ServiceOverride&) = delete;
 
-  int AccessorCalls() const { return slot_.accessor_calls; }
-
- private:
-  ServiceSlot<Service>& slot_;
+  int AccessorCalls() const { return service_slot<Service>.accessor_calls; }
 };
