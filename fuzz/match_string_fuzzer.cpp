@@ -51,8 +51,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Require(matched == (outcome == 1 ? text : "before"),
           "the matched text is written on a match, and only then");
   if (IsLimit(outcome) || !IsQuickForTheFacility(text, pattern)) return 0;
-  Require(outcome == Outcome([&] { return std::regex_match(text, std::regex(pattern)); }),
-          "the facility says the same");
+  // The facility may meet a limit of its own before it sees what is wrong behind it.
+  const int expected = Outcome([&] { return std::regex_match(text, std::regex(pattern)); });
+  Require(outcome == expected || IsLimit(expected), "the facility says the same");
   const std::string balanced = BalancedPattern(Fuzz::Input(data, pattern.size()));
   Require(outcome == Outcome([&] { return Utils::MatchString(text, balanced, nullptr); }),
           "a balanced pattern means the same");

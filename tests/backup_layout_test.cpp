@@ -1,8 +1,7 @@
 #include "common/utils/backup_layout.h"
 
-#include <gtest/gtest.h>
-
 #include "support/services.h"
+#include "support/testing.h"
 
 namespace {
 

@@ -1,14 +1,10 @@
 #include "common/big_endian_bit_converter.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <bit>
-#include <cstdlib>
 #include <numeric>
-#include <vector>
 
 #include "support/services.h"
+#include "support/testing.h"
 
 namespace {
 

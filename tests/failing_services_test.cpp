@@ -1,17 +1,13 @@
 // Services that throw, and the stand-in's file service where it can do little.
 
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <filesystem>
-#include <iterator>
-#include <stdexcept>
-#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "basic/services.h"
 #include "support/every_function.h"
 #include "support/services.h"
 #include "support/temporary_folder.h"
+#include "support/testing.h"
 
 namespace fs = std::filesystem;
 
@@ -70,13 +66,16 @@ std::string Try(const std::string& path) {
 TEST(FileService, MeasuresReadableFilesAndMakesWhatFoldersItCan) {
   const TemporaryFolder folder;
   fs::create_symlink(folder.Write("file", "12345"), folder.Path("link"));
+  fs::permissions(folder.Write("secret", "1"), fs::perms::none);
+  ::mkfifo(folder.Path("pipe").c_str(), 0600);
   std::string longest = folder.Path("longest");
   longest.resize(PATH_MAX - 1, '/');
   EXPECT_EQ(Try(folder.Path("link")), "5");
   for (const std::string& path : {folder.Path("a"), folder.Path("b//c/"), folder.Path("d/../a"), longest})
     EXPECT_EQ(Try(path), "0 folder") << path;
-  for (const std::string& path : {longest + '/', folder.Write("empty", ""), folder.Path("file/below"),
-                                  std::string("/dev/zero"), std::string()})
+  EXPECT_EQ(Try(folder.Path("secret")), ::geteuid() == 0 ? "1" : "0");
+  for (const std::string& path : {longest + '/', folder.Path("pipe"), folder.Write("empty", ""),
+                                  folder.Path("file/below"), std::string("/dev/zero"), std::string()})
     EXPECT_EQ(Try(path), "0") << path;
 }
 

@@ -1,13 +1,6 @@
 #include "common/utils/fields.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <set>
-#include <stdexcept>
-#include <tuple>
-
-namespace {
+#include "support/testing.h"
 
 TEST(IsPhoneFormat, TakesDigitsAndOneSeparator) {
   EXPECT_TRUE(Utils::IsPhoneFormat("\xE9\x31", '\xE9') && Utils::IsPhoneFormat("+15550109", '+'));
@@ -46,5 +39,3 @@ TEST(NumericFields, ReadMissingAsZero) {
 TEST(Base64Decode, DecodesNothing) {
   EXPECT_EQ(Utils::Base64Decode("aGk=", 4) + Utils::Base64Decode(nullptr, UINT32_MAX), "");
 }
-
-}  // namespace

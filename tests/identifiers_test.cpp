@@ -2,11 +2,8 @@
 
 #include <gmock/gmock.h>
 
-#include <set>
-
 #include "platform/autorelease_pool.h"
-
-namespace {
+#include "support/testing.h"
 
 TEST(GenerateLowerUuid, IsNewAndInLowerCaseEveryTime) {
   const AutoreleasePool pool;
@@ -17,5 +14,3 @@ TEST(GenerateLowerUuid, IsNewAndInLowerCaseEveryTime) {
     EXPECT_TRUE(seen.insert(id).second) << id;
   }
 }
-
-}  // namespace

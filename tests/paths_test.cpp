@@ -1,13 +1,7 @@
 #include "common/utils/paths.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <string>
-
 #include "platform/autorelease_pool.h"
-
-namespace {
+#include "support/testing.h"
 
 TEST(Paths, AreTakenApart) {
   const AutoreleasePool pool;
@@ -40,11 +34,6 @@ TEST(ConcatFilePath, PutsASlashOnlyBehindAFolderThatHasOneInside) {
                                   {"dir", "f", "dirf"},  {"", "f", "f"},        {"/", "f", "/f"},
                                   {"/a", "/f", "/a//f"}, {"/a", "", "/a/"},     {"a\\b", "f", "a\\bf"},
                                   {nullptr, "f", "f"},   {"/a", nullptr, "/a/"}};
-  for (const auto& [directory, name, expected] : cases) {
-    char* const joined = Utils::ConcatFilePath(directory, name);
-    EXPECT_STREQ(joined, expected);
-    std::free(joined);
-  }
+  for (const auto& [directory, name, expected] : cases)
+    EXPECT_EQ(Take(Utils::ConcatFilePath(directory, name)), expected);
 }
-
-}  // namespace

@@ -1,24 +1,14 @@
 #include "common/plist_limits.h"
 
-#include <gtest/gtest.h>
 #include <plist/plist.h>
-#include <pthread.h>
-
-#include <string>
-#include <vector>
 
 #include "common/plist_util.h"
 #include "support/temporary_folder.h"
+#include "support/testing.h"
 
 namespace {
 
 using namespace std::string_literals;
-
-std::string Repeated(const std::string& text, std::size_t times) {
-  std::string repeated;
-  while (times-- > 0) repeated += text;
-  return repeated;
-}
 
 std::string Number(std::uint64_t value, std::size_t size) {
   std::string bytes;
@@ -45,17 +35,17 @@ std::string List(const std::vector<std::string>& objects, std::size_t reference_
 // `levels` containers, each with `width` references to the next, and a text at the end, which is also each
 // dictionary's key.
 std::string Nest(unsigned type, std::size_t levels, std::size_t width = 1) {
-  const std::string keys = type == 0xD0 ? Repeated(Number(levels, 2), width) : "";
+  const std::string keys = type == 0xD0 ? Repeated(width, Number(levels, 2)) : "";
   std::vector<std::string> objects;
   for (std::size_t next = 1; next <= levels; ++next)
-    objects.push_back(Object(type, width, keys + Repeated(Number(next, 2), width)));
+    objects.push_back(Object(type, width, keys + Repeated(width, Number(next, 2))));
   objects.push_back(Object(0x50, 3, "key"));
   return List(objects, 2);
 }
 
 // One array with `count` references to the one object behind it.
 std::string Repeat(std::size_t count, const std::string& object, std::size_t size = 1) {
-  return List({Object(0xA0, count, Repeated(Number(1, size), count)), object}, size);
+  return List({Object(0xA0, count, Repeated(count, Number(1, size))), object}, size);
 }
 
 // The verdict on a block that ends exactly where the list ends, so that a sanitizer sees every read past it.
@@ -78,9 +68,9 @@ TEST(PlistLimits, ListsThatAWriterMayMakePass) {
       // A container that fills the file, three times.
       List({Object(0xA0, 3, "\1\1\1"), Object(0xA0, 300000, std::string(300000, '\2')), "\x53key"}, 1),
       Repeat(1, "\x62\0a\1\0"s), "<plist><string>a</string></plist>\0\0"s,
-      "<string>text</string>" + Repeated("<array>", 600), "<array></array>" + Repeated("<array>", 600),
-      "<array>" + Repeated("<array/><dict /><array></array>", 600) + "</array>",
-      "<!DOCTYPE\"[>\"><plist><array/>" + Repeated("<array>", 511) + Repeated("</array>", 511) + "</plist>"};
+      "<string>text</string>" + Repeated(600, "<array>"), "<array></array>" + Repeated(600, "<array>"),
+      "<array>" + Repeated(600, "<array/><dict /><array></array>") + "</array>",
+      "<!DOCTYPE\"[>\"><plist><array/>" + Repeated(511, "<array>") + Repeated(511, "</array>") + "</plist>"};
   for (const std::string& list : lists) EXPECT_TRUE(IsSafe(list) && Parses(list)) << &list - lists;
 }
 
@@ -90,7 +80,7 @@ TEST(PlistLimits, ListsThatExplodeNestTooDeepOrHoldANulAreRefused) {
   for (const unsigned type : {0x40U, 0x50U, 0x60U})
     EXPECT_FALSE(IsSafe(Repeat(100000, Object(type, 1 << 19, std::string(1 << 20, 'x'))))) << type;
   EXPECT_FALSE(IsSafe(List({Object(0xA0, 1, "\0"s)}, 1)));  // refers to itself
-  EXPECT_FALSE(IsSafe("<plist><array/>" + Repeated("<array>", 512)));
+  EXPECT_FALSE(IsSafe("<plist><array/>" + Repeated(512, "<array>")));
   EXPECT_FALSE(IsSafe(Repeat(1, "\x62\0a\0\0"s)) || IsSafe("<plist><string>a\0b</string></plist>"s));
 }
 
@@ -102,29 +92,23 @@ constexpr char kOpen[] =
 constexpr char kClose[] = "</array a=\"<array>\"\n></plist></dict/>";
 
 TEST(PlistLimits, XmlNestingIsCountedWhateverTheTagsLookLike) {
-  const std::string front = "<!DOCTYPE a [ \"]><array/>\"> ] > ]><plist><array>" + Repeated(kOpen, 255);
-  const std::string back = Repeated(kClose, 255) + "</array></plist>";
+  const std::string front = "<!DOCTYPE a [ \"]><array/>\"> ] > ]><plist><array>" + Repeated(255, kOpen);
+  const std::string back = Repeated(255, kClose) + "</array></plist>";
   EXPECT_TRUE(IsSafe(front + "<array/>" + back) && Parses(front + "<array/>" + back));
   EXPECT_FALSE(IsSafe(front + "<array><array/></array>" + back));
 }
 
 // What the library and its host do with the deepest tree.
-void* HandleDeepest(void* /*unused*/) {
+void HandleDeepest() {
   const TemporaryFolder folder;
   plist_t root = PlistUtil::ReadPlist(folder.Write("deepest", Nest(0xD0, 512)).c_str());
   plist_t copy = PlistUtil::PlistCopyZero(root);
   EXPECT_EQ(plist_dict_get_size(copy), 1U);
   for (plist_t tree : {root, copy}) plist_free(tree);
-  return nullptr;
 }
 
 TEST(PlistLimits, TheDeepestTreeFitsIntoAStackOf512KiB) {
-  pthread_attr_t attributes;
-  ASSERT_EQ(pthread_attr_init(&attributes) | pthread_attr_setstacksize(&attributes, 512 << 10), 0);
-  pthread_t thread{};
-  ASSERT_EQ(pthread_create(&thread, &attributes, HandleDeepest, nullptr), 0);
-  pthread_join(thread, nullptr);
-  pthread_attr_destroy(&attributes);
+  RunOnStack(512 << 10, HandleDeepest);
 }
 
 }  // namespace

@@ -1,17 +1,13 @@
 #include "common/plist_util.h"
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <iostream>
-#include <memory>
 #include <regex>
-#include <string>
-#include <utility>
 
 #include "support/services.h"
+#include "support/testing.h"
 
 namespace {
 

@@ -2,11 +2,9 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "common/utils.h"
 #include "support/program.h"
 
 namespace {

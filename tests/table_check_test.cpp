@@ -1,10 +1,9 @@
 #include "common/utils/table_check.h"
 
 #include <glog/logging.h>
-#include <gtest/gtest.h>
 #include <sqlite3.h>
 
-#include <string>
+#include "support/testing.h"
 
 namespace {
 

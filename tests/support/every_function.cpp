@@ -3,8 +3,6 @@
 #include <sqlite3.h>
 
 #include <concepts>
-#include <cstdlib>
-#include <memory>
 #include <numeric>
 #include <regex>
 
@@ -13,8 +11,6 @@
 #include "common/utils.h"
 #include "platform/autorelease_pool.h"
 #include "support/temporary_folder.h"
-
-constinit thread_local bool inside_library_call = false;
 
 namespace {
 
@@ -37,14 +33,16 @@ const std::string kLong = "a text that is longer than a string object itself";
 const std::string kBinaryList(
     "bplist00\xA2\1\2QaQb\x08\x0B\x0D\0\0\0\0\0\0\1\1\0\0\0\0\0\0\0\3\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\x0F", 50);
 
-// Marks what `call` does as done inside the library. It allocates nothing of its own.
+// While it lives, the thread is in the library.
+struct Inside {
+  Inside() { inside_library_call = true; }
+  ~Inside() { inside_library_call = false; }
+};
+
+// Makes a call inside the library, which allocates nothing of its own.
 template <typename Call>
 auto Within(Call call) {
-  struct Inside {
-    Inside() { inside_library_call = true; }
-    ~Inside() { inside_library_call = false; }
-  } const inside;
-  return call();
+  return Inside(), call();
 }
 
 // A result as a text to compare. A block or a node is freed, as the caller has to.
@@ -57,8 +55,7 @@ struct Text {
   static std::string Of(plist_t node) { return Node(node) != nullptr ? "read" : "null"; }
   template <typename Byte>
   static std::string Of(Byte* block) {
-    const std::unique_ptr<Byte, Calls<&std::free>> owner(block);
-    return block != nullptr ? reinterpret_cast<const char*>(block) : "null";
+    return Take(reinterpret_cast<char*>(block)).value_or("null");
   }
 };
 

@@ -17,4 +17,4 @@ struct LibraryCall {
 const std::vector<LibraryCall>& EveryFunction();
 
 // Whether the calling thread is in the library rather than in the test around it.
-extern thread_local bool inside_library_call;
+inline constinit thread_local bool inside_library_call = false;

@@ -7,10 +7,9 @@ namespace {
 // Only an override counts, so that calls from several threads on the stand-in touch nothing shared.
 template <typename Service>
 Service* Ask(Service* standard) {
-  ServiceSlot<Service>& slot = service_slot<Service>;
-  if (slot.service == nullptr) return standard;
-  ++slot.accessor_calls;
-  return slot.service;
+  if (service_in_place<Service> == nullptr) return standard;
+  ++accessor_calls<Service>;
+  return service_in_place<Service>;
 }
 
 }  // namespace

@@ -4,28 +4,19 @@
 
 #pragma once
 
-#include <utility>
-
 #include "common/basic/basic_services.h"
 
-// The service that the accessor gives, and how many times it was asked for one.
+// The service that a test has put in place, and how many times the accessor gave it.
 template <typename Service>
-struct ServiceSlot {
-  Service* service = nullptr;
-  int accessor_calls = 0;
-};
-
+inline Service* service_in_place = nullptr;
 template <typename Service>
-inline ServiceSlot<Service> service_slot;
+inline int accessor_calls = 0;
 
 // Puts a service in place as long as it lives, and counts from zero. Not for tests with several threads.
 template <typename Service>
-class ServiceOverride {
- public:
-  explicit ServiceOverride(Service* service) { service_slot<Service> = {service, 0}; }
-  ~ServiceOverride() { service_slot<Service> = {}; }
+struct ServiceOverride {
+  explicit ServiceOverride(Service* service) { service_in_place<Service> = service; }
+  ~ServiceOverride() { service_in_place<Service> = nullptr, accessor_calls<Service> = 0; }
   ServiceOverride(const ServiceOverride&) = delete;
-  ServiceOverride& operator=(const ServiceOverride&) = delete;
-
-  int AccessorCalls() const { return service_slot<Service>.accessor_calls; }
+  int AccessorCalls() const { return accessor_calls<Service>; }
 };

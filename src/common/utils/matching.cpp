@@ -149,6 +149,8 @@ bool Matches(const std::string& text, const std::string& pattern) {
 std::int32_t Utils::CompareI(const char* first, const char* second) {
   first = TextOrEmpty(first);
   second = TextOrEmpty(second);
+  // Equal bytes fold alike in every locale, and the platform compares them in blocks.
+  if (*first == *second && std::strcmp(first, second) == 0) return 0;
   for (;; ++first, ++second) {
     if (*first == '\0' || *second == '\0') return (*first != '\0') - (*second != '\0');
     if (*first == *second) continue;
