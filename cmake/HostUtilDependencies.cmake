@@ -3,7 +3,17 @@
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(HOSTUTIL_PLIST REQUIRED IMPORTED_TARGET libplist-2.0)
 pkg_check_modules(HOSTUTIL_SQLITE REQUIRED IMPORTED_TARGET sqlite3)
-find_package(glog REQUIRED)
+find_package(glog QUIET)
+if(NOT TARGET glog::glog)
+  # Its package also wants the headers of one unwinder, which the package of another takes the place of. A shared glog does
+  # without.
+  find_path(HOSTUTIL_GLOG_HEADERS glog/logging.h REQUIRED)
+  find_library(HOSTUTIL_GLOG_LIBRARY glog REQUIRED)
+  add_library(glog::glog UNKNOWN IMPORTED)
+  set_target_properties(glog::glog PROPERTIES
+    IMPORTED_LOCATION "${HOSTUTIL_GLOG_LIBRARY}" INTERFACE_INCLUDE_DIRECTORIES "${HOSTUTIL_GLOG_HEADERS}"
+    INTERFACE_COMPILE_DEFINITIONS GLOG_USE_GLOG_EXPORT)
+endif()
 if(NOT HOSTUTIL_BASIC_LIBRARY)
   pkg_check_modules(HOSTUTIL_NETTLE REQUIRED IMPORTED_TARGET nettle)
 endif()

@@ -10,8 +10,9 @@
 struct LibraryCall {
   const char* name;
   std::function<std::string()> call;
-  std::string result;               // with all the memory it wants
-  std::vector<std::string> failed;  // what a call may give that got no memory; empty: it asks for none
+  std::string result;  // with all the memory it wants
+  // What a call may give that got no memory; empty: it asks for none.
+  std::vector<std::string> failed = {"bad_alloc"};
 };
 
 const std::vector<LibraryCall>& EveryFunction();
