@@ -19,18 +19,16 @@ class BinaryWalk {
         allowance_(PlistLimits::kFreeSize + PlistLimits::kSizePerByte * length) {}
 
   bool KeepsWithinLimits() {
-    if (!ReadTrailer() || !Visit(ObjectAt(root_))) return false;
-    while (depth_ > 0) {
-      Frame& innermost = open_[depth_ - 1];
-      const char* const reference = SkipSmallLeaves(innermost.next, innermost.end);
-      if (reference == innermost.end) {
-        --depth_;
-      } else {
-        innermost.next = reference + reference_size_;
-        if (!Visit(ObjectAt(ReferenceAt(reference)))) return false;
+    if (!ReadTrailer()) return false;
+    Frame innermost{};
+    const char* object = ObjectAt(root_);
+    while (Visit(object, innermost)) {
+      while ((object = SkipSmallLeaves(innermost)) == nullptr) {
+        if (depth_ == 0) return true;
+        innermost = outer_[--depth_];
       }
     }
-    return true;
+    return false;
   }
 
  private:
@@ -51,132 +49,144 @@ class BinaryWalk {
     kCountFollows = 0x0F,
   };
 
-  // The references of an open container that are still to be followed.
+  // The references of an open container that are still to be followed. Around the root there are none.
   struct Frame {
     const char* next;
     const char* end;
   };
 
-  static constexpr std::size_t kHeaderSize = 8;
+  static constexpr std::string_view kHeader = "bplist00";
   static constexpr std::size_t kTrailerSize = 32;
+  static constexpr char kNoObject = 0x70;  // a marker that the parser refuses
 
-  static std::uint64_t ReadEightBytes(const char* at) {
+  static std::uint64_t LoadEightBytes(const char* at) {
     std::uint64_t value;
     std::memcpy(&value, at, sizeof value);
+    return value;
+  }
+
+  static std::uint64_t ReadEightBytes(const char* at) {
+    const std::uint64_t value = LoadEightBytes(at);
     return std::endian::native == std::endian::little ? __builtin_bswap64(value) : value;
   }
 
-  // A big-endian number of one to eight bytes. Eight bytes can be read wherever one begins, since the
-  // trailer stands behind all of them.
-  static std::uint64_t ReadNumber(const char* at, std::size_t size) {
-    return ReadEightBytes(at) >> (64 - 8 * size);
-  }
+  // Big-endian numbers of one to eight bytes. The eight bytes that end with a number can be read wherever it
+  // stands, since the header, which holds no container and no count, stands in front.
+  struct Numbers {
+    std::uint64_t Read(const char* at) const { return ReadEightBytes(at + size - 8) & mask; }
+
+    std::size_t size;
+    std::uint64_t mask = ~0ULL >> (64 - 8 * size);
+  };
 
   static bool IsNumberSize(std::size_t size) { return size >= 1 && size <= 8; }
 
   bool ReadTrailer() {
-    if (length_ < kHeaderSize + kTrailerSize) return false;
+    if (length_ < kHeader.size() + kTrailerSize || !std::string_view(bytes_, length_).starts_with(kHeader))
+      return false;
     const std::uint64_t trailer = length_ - kTrailerSize;
-    offset_size_ = static_cast<unsigned char>(bytes_[trailer + 6]);
-    reference_size_ = static_cast<unsigned char>(bytes_[trailer + 7]);
+    const std::size_t offset_size = static_cast<unsigned char>(bytes_[trailer + 6]);
+    const std::size_t reference_size = static_cast<unsigned char>(bytes_[trailer + 7]);
+    if (!IsNumberSize(offset_size) || !IsNumberSize(reference_size)) return false;
+    offsets_ = {offset_size};
+    references_ = {reference_size};
     object_count_ = ReadEightBytes(bytes_ + trailer + 8);
     root_ = ReadEightBytes(bytes_ + trailer + 16);
     table_offset_ = ReadEightBytes(bytes_ + trailer + 24);
-    return IsNumberSize(offset_size_) && IsNumberSize(reference_size_) && table_offset_ >= kHeaderSize &&
-           table_offset_ < trailer && object_count_ <= (trailer - table_offset_) / offset_size_;
+    return table_offset_ >= kHeader.size() && table_offset_ < trailer &&
+           object_count_ <= (trailer - table_offset_) / offset_size;
   }
 
-  std::uint64_t ReferenceAt(const char* at) const { return ReadNumber(at, reference_size_); }
-
-  // Where the object stands, or null where the parser gives up.
+  // Where the object stands, or kNoObject where the parser gives up.
   const char* ObjectAt(std::uint64_t index) const {
-    if (index >= object_count_) return nullptr;
-    const std::uint64_t offset = ReadNumber(bytes_ + table_offset_ + index * offset_size_, offset_size_);
-    return offset < table_offset_ ? bytes_ + offset : nullptr;
+    if (index >= object_count_) return &kNoObject;
+    const std::uint64_t offset = offsets_.Read(bytes_ + table_offset_ + index * offsets_.size);
+    return offset < table_offset_ ? bytes_ + offset : &kNoObject;
   }
 
   // The bytes from `body` to the offset table, which stands behind all objects.
   std::uint64_t RoomFrom(const char* body) const {
-    return table_offset_ - static_cast<std::uint64_t>(body - bytes_);
+    const auto offset = static_cast<std::uint64_t>(body - bytes_);
+    return offset < table_offset_ ? table_offset_ - offset : 0;
   }
 
-  // A leaf that takes no more than kNodeSize, which its container has paid already, and needs no closer look.
-  static bool IsSmallLeaf(unsigned char marker) {
-    return (marker < kAsciiText + kCountFollows && (marker & kCountMask) != kCountFollows) ||
-           (marker & kTypeMask) == kUid;
-  }
-
-  static bool IsText(unsigned char marker) {
-    return (marker & kTypeMask) == kAsciiText || (marker & kTypeMask) == kUtf16Text;
-  }
-
-  // The first reference in [at, end) that leads to anything else, or `end`.
-  const char* SkipSmallLeaves(const char* at, const char* end) const {
-    for (; at != end; at += reference_size_) {
-      const char* const object = ObjectAt(ReferenceAt(at));
-      if (object == nullptr || !IsSmallLeaf(static_cast<unsigned char>(*object))) break;
+  // By marker: a leaf that takes no more than kNodeSize, which its container has paid already, and needs no
+  // closer look. Most objects are such leaves.
+  static constexpr auto kIsSmallLeaf = [] {
+    std::array<bool, 256> small{};
+    for (unsigned marker = 0; marker < small.size(); ++marker) {
+      small[marker] = (marker < kAsciiText + kCountFollows && (marker & kCountMask) != kCountFollows) ||
+                      (marker & kTypeMask) == kUid;
     }
-    return at;
+    return small;
+  }();
+
+  // The next object that is not a small leaf, or null at the end.
+  const char* SkipSmallLeaves(Frame& references) const {
+    while (references.next != references.end) {
+      const char* const object = ObjectAt(references_.Read(references.next));
+      references.next += references_.size;
+      if (!kIsSmallLeaf[static_cast<unsigned char>(*object)]) return object;
+    }
+    return nullptr;
   }
 
-  // Whatever the parser refuses ends the walk with false at once: no other part of the file can change that.
-  bool Visit(const char* object) {
-    if (object == nullptr) return false;
+  // Keys are visited as values are: one that is no text ends the parsing, but not before it has been parsed.
+  // Whatever the parser refuses may end the walk with false at once: no other part of the file can change
+  // that.
+  bool Visit(const char* object, Frame& innermost) {
     const auto marker = static_cast<unsigned char>(*object);
-    if (IsSmallLeaf(marker)) return true;
+    if (kIsSmallLeaf[marker]) return true;
     const char* body = object + 1;
     std::uint64_t count = marker & kCountMask;
     if (count == kCountFollows && !ReadCount(body, count)) return false;
-    if (count > RoomFrom(body)) return false;
     switch (marker & kTypeMask) {
       case kData:
       case kAsciiText:
-        return Spend(count);
-      case kUtf16Text:  // three bytes of UTF-8 at most for each unit
-        return 2 * count <= RoomFrom(body) && !HoldsNul(body, count) && Spend(3 * count);
+        return Spend(count);  // the parser sees itself whether there is room for them
+      case kUtf16Text:        // three bytes of UTF-8 at most for each unit
+        return count <= RoomFrom(body) / 2 && !HoldsNul(body, count) && Spend(3 * count);
       case kArray:
       case kSet:
-        return Enter(body, 0, count);
+        return Enter(body, count, 1, innermost);
       case kDictionary:
-        return Enter(body, count, count);
+        return Enter(body, count, 2, innermost);
       default:
         return false;
     }
   }
 
-  // Whether one of `count` UTF-16 units is zero. ASCII texts need no such look: the parser ends them at a
-  // NUL.
+  // Whether one of `count` UTF-16 units is zero, told of four at a time. ASCII texts need no such look: the
+  // parser ends them at a NUL.
   static bool HoldsNul(const char* units, std::uint64_t count) {
-    for (const char* const end = units + 2 * count; units != end; units += 2) {
-      if (units[0] == 0 && units[1] == 0) return true;
-    }
-    return false;
+    const auto zeros = [](std::uint64_t four) {
+      return (four - 0x0001000100010001) & ~four & 0x8000800080008000;
+    };
+    std::uint64_t found = 0;
+    for (; count >= 4; count -= 4, units += 8) found |= zeros(LoadEightBytes(units));
+    // What follows the last units, three at most, counts as ones.
+    return (found | zeros(ReadEightBytes(units) | ~0ULL >> 16 * count)) != 0;
   }
 
-  // Replaces a count that did not fit into the marker by the number behind it.
-  bool ReadCount(const char*& body, std::uint64_t& count) const {
-    const auto marker = static_cast<unsigned char>(*body);
-    const std::size_t size = std::size_t{1} << (marker & kCountMask);
-    if ((marker & kTypeMask) != kInteger || !IsNumberSize(size) || size >= RoomFrom(body)) return false;
-    count = ReadNumber(body + 1, size);
-    body += 1 + size;
+  // Replaces a count that did not fit into the marker by the number of one to eight bytes behind it.
+  static bool ReadCount(const char*& body, std::uint64_t& count) {
+    const unsigned log = static_cast<unsigned char>(*body) - kInteger;
+    if (log > 3) return false;
+    const Numbers number{std::size_t{1} << log};
+    count = number.Read(body + 1);
+    body += 1 + number.size;
     return true;
   }
 
-  // Opens a container whose references begin at `at`, those to its keys first, and pays for all its nodes. A
-  // loop of references ends here too, by its depth.
-  bool Enter(const char* at, std::uint64_t keys, std::uint64_t values) {
-    const std::uint64_t size = (keys + values) * reference_size_;
-    if (depth_ == kMaxDepth || size > RoomFrom(at)) return false;
-    ++depth_;
-    if (!Spend((keys + values) * (PlistLimits::kNodeSize + depth_))) return false;
-    const char* const end = at + size;
-    for (; keys != 0; --keys, at += reference_size_) {
-      const char* const key = ObjectAt(ReferenceAt(at));
-      if (key == nullptr || !IsText(static_cast<unsigned char>(*key)) || !Visit(key)) return false;
-    }
-    open_[depth_ - 1] = {at, end};
-    return true;
+  // Opens a container of `count` entries and pays for all its nodes. A loop of references ends here too, by
+  // its depth.
+  bool Enter(const char* references, std::uint64_t count, std::uint64_t nodes_each, Frame& innermost) {
+    const std::uint64_t room = RoomFrom(references);
+    const std::uint64_t nodes = count * nodes_each;
+    if (depth_ == kMaxDepth || count > room || nodes * references_.size > room) return false;
+    outer_[depth_++] = innermost;
+    innermost = {references, references + nodes * references_.size};
+    return Spend(nodes * (PlistLimits::kNodeSize + depth_));
   }
 
   bool Spend(std::uint64_t cost) {
@@ -188,13 +198,14 @@ class BinaryWalk {
   const char* bytes_;
   std::uint64_t length_;
   std::uint64_t allowance_;
-  std::size_t offset_size_ = 0;
-  std::size_t reference_size_ = 0;
+  Numbers offsets_{1};
+  Numbers references_{1};
   std::uint64_t object_count_ = 0;
   std::uint64_t root_ = 0;
   std::uint64_t table_offset_ = 0;
   std::size_t depth_ = 0;
-  std::array<Frame, kMaxDepth> open_;  // the first depth_ of them; left uninitialised, since most stay unused
+  // What stands around the innermost container, depth_ in all. Left uninitialised, since most stay unused.
+  std::array<Frame, kMaxDepth> outer_;
 };
 
 // Whether a NUL stands before anything else than NULs; those at the end are what is missing of a file that
@@ -209,22 +220,30 @@ bool HoldsNulInside(const char* bytes, std::size_t length) {
 
 // Whether the bytes hold more "<array" and "<dict" than the depth may be, wherever they stand. Few lists do,
 // and where none do, nothing else has to be known. Looked for in blocks without branches, which compilers
-// turn into vector instructions.
+// turn into vector instructions, and only from one "<" on, since long texts and data hold none.
 bool MayNestTooDeep(const char* bytes, std::size_t length) {
-  constexpr std::size_t kBlock = 64;
+  constexpr std::size_t kBlock = 256;
   constexpr std::size_t kLookAhead = 2;
-  const auto opens = [bytes](std::size_t at) {
-    return static_cast<unsigned char>(
-        (bytes[at] == '<') & ((bytes[at + 1] == 'a') | ((bytes[at + 1] == 'd') & (bytes[at + 2] == 'i'))));
+  constexpr std::size_t kShortestTag = 6;
+  if (length <= kMaxDepth * kShortestTag) return false;
+  const auto opens = [](const char* at) {
+    return static_cast<unsigned char>((at[0] == '<') & ((at[1] == 'a') | ((at[1] == 'd') & (at[2] == 'i'))));
   };
+  const char* const end = bytes + length - kLookAhead;
   std::size_t count = 0;
-  std::size_t at = 0;
-  for (; at + kBlock + kLookAhead <= length && count <= kMaxDepth; at += kBlock) {
+  while (count <= kMaxDepth) {
+    bytes = static_cast<const char*>(std::memchr(bytes, '<', static_cast<std::size_t>(end - bytes)));
+    if (bytes == nullptr) break;
+    if (static_cast<std::size_t>(end - bytes) < kBlock) {
+      for (; bytes != end; ++bytes) count += opens(bytes);
+      break;
+    }
     unsigned char in_block = 0;
-    for (std::size_t i = 0; i < kBlock; ++i) in_block = static_cast<unsigned char>(in_block + opens(at + i));
+    for (std::size_t i = 0; i < kBlock; ++i)
+      in_block = static_cast<unsigned char>(in_block + opens(bytes + i));
     count += in_block;
+    bytes += kBlock;
   }
-  for (; at + kLookAhead < length && count <= kMaxDepth; ++at) count += opens(at);
   return count > kMaxDepth;
 }
 
@@ -241,7 +260,7 @@ class XmlWalk {
         if (!(*at_ == '?' ? SkipPastUnquoted("?>") : SkipDeclaration())) return false;
         continue;
       }
-      if (IsOtherEnd()) continue;
+      if (IsOtherEnd() || (depth > 0 && IsPlainLeaf())) continue;
       Tag tag;
       if (!ReadTag(tag)) return false;
       switch (tag.kind) {
@@ -286,15 +305,28 @@ class XmlWalk {
   }
 
   static Kind KindOf(std::string_view name) {
-    if (IsLeaf(name)) return Kind::kLeaf;
     if (Is(name, "dict") || Is(name, "array")) return Kind::kContainer;
     if (Is(name, "/dict") || Is(name, "/array")) return Kind::kContainerEnd;
+    if (IsLeaf(name)) return Kind::kLeaf;
     if (name == "/data" || name == "/date" || name == "plist") return Kind::kOther;
     return Kind::kUnknown;
   }
 
   // An end tag that cannot be a container's: it is what the parser expects, or the parser fails.
   bool IsOtherEnd() const { return *at_ == '/' && at_ + 1 != end_ && at_[1] != 'a' && at_[1] != 'd'; }
+
+  // A leaf's start tag as writers write it, without attributes. Told by the first letter and the place of the
+  // ">": should the letters between be no leaf's name, the parser fails here.
+  bool IsPlainLeaf() const {
+    static constexpr auto kLengths = [] {
+      std::array<unsigned char, 256> lengths{};
+      for (const std::string_view tag : {"key", "string", "integer", "true/", "false/", "real"})
+        lengths[static_cast<unsigned char>(tag[0])] = static_cast<unsigned char>(tag.size());
+      return lengths;
+    }();
+    const std::size_t length = kLengths[static_cast<unsigned char>(*at_)];
+    return length != 0 && length < Rest().size() && at_[length] == '>';
+  }
 
   static bool IsSpace(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
