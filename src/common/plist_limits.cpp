@@ -140,17 +140,17 @@ class BinaryWalk {
     const char* body = object + 1;
     std::uint64_t count = marker & kCountMask;
     if (count == kCountFollows && !ReadCount(body, count)) return false;
+    // Data and an ASCII text: the parser sees itself whether there is room for them.
+    if (marker == (kData | kCountFollows) || marker == (kAsciiText | kCountFollows)) return Spend(count);
+    if (count > RoomFrom(body)) return false;
     switch (marker & kTypeMask) {
-      case kData:
-      case kAsciiText:
-        return Spend(count);  // the parser sees itself whether there is room for them
-      case kUtf16Text:        // three bytes of UTF-8 at most for each unit
-        return count <= RoomFrom(body) / 2 && !HoldsNul(body, count) && Spend(3 * count);
+      case kUtf16Text:  // three bytes of UTF-8 at most for each unit
+        return 2 * count <= RoomFrom(body) && !HoldsNul(body, count) && Spend(3 * count);
       case kArray:
       case kSet:
-        return Enter(body, count, 1, innermost);
+        return Enter(body, count, innermost);
       case kDictionary:
-        return Enter(body, count, 2, innermost);
+        return Enter(body, 2 * count, innermost);
       default:
         return false;
     }
@@ -178,15 +178,14 @@ class BinaryWalk {
     return true;
   }
 
-  // Opens a container of `count` entries and pays for all its nodes. A loop of references ends here too, by
-  // its depth.
-  bool Enter(const char* references, std::uint64_t count, std::uint64_t nodes_each, Frame& innermost) {
-    const std::uint64_t room = RoomFrom(references);
-    const std::uint64_t nodes = count * nodes_each;
-    if (depth_ == kMaxDepth || count > room || nodes * references_.size > room) return false;
+  // Opens a container of `count` references and pays for all its nodes. A loop of references ends here too,
+  // by its depth.
+  bool Enter(const char* references, std::uint64_t count, Frame& innermost) {
+    const std::uint64_t size = count * references_.size;
+    if (depth_ == kMaxDepth || size > RoomFrom(references)) return false;
     outer_[depth_++] = innermost;
-    innermost = {references, references + nodes * references_.size};
-    return Spend(nodes * (PlistLimits::kNodeSize + depth_));
+    innermost = {references, references + size};
+    return Spend(count * (PlistLimits::kNodeSize + depth_));
   }
 
   bool Spend(std::uint64_t cost) {
