@@ -35,17 +35,17 @@ std::string List(const std::vector<std::string>& objects, std::size_t reference_
 // `levels` containers, each with `width` references to the next, and a text at the end, which is also each
 // dictionary's key.
 std::string Nest(unsigned type, std::size_t levels, std::size_t width = 1) {
-  const std::string keys = type == 0xD0 ? Repeated(width, Number(levels, 2)) : "";
+  const std::string keys = type == 0xD0 ? Times(width, Number(levels, 2)) : "";
   std::vector<std::string> objects;
   for (std::size_t next = 1; next <= levels; ++next)
-    objects.push_back(Object(type, width, keys + Repeated(width, Number(next, 2))));
+    objects.push_back(Object(type, width, keys + Times(width, Number(next, 2))));
   objects.push_back(Object(0x50, 3, "key"));
   return List(objects, 2);
 }
 
 // One array with `count` references to the one object behind it.
 std::string Repeat(std::size_t count, const std::string& object, std::size_t size = 1) {
-  return List({Object(0xA0, count, Repeated(count, Number(1, size))), object}, size);
+  return List({Object(0xA0, count, Times(count, Number(1, size))), object}, size);
 }
 
 // The verdict on a block that ends exactly where the list ends, so that a sanitizer sees every read past it.
@@ -68,9 +68,9 @@ TEST(PlistLimits, ListsThatAWriterMayMakePass) {
       // A container that fills the file, three times.
       List({Object(0xA0, 3, "\1\1\1"), Object(0xA0, 300000, std::string(300000, '\2')), "\x53key"}, 1),
       Repeat(1, "\x62\0a\1\0"s), "<plist><string>a</string></plist>\0\0"s,
-      "<string>text</string>" + Repeated(600, "<array>"), "<array></array>" + Repeated(600, "<array>"),
-      "<array>" + Repeated(600, "<array/><dict /><array></array>") + "</array>",
-      "<!DOCTYPE\"[>\"><plist><array/>" + Repeated(511, "<array>") + Repeated(511, "</array>") + "</plist>"};
+      "<string>text</string>" + Times(600, "<array>"), "<array></array>" + Times(600, "<array>"),
+      "<array>" + Times(600, "<array/><dict /><array></array>") + "</array>",
+      "<!DOCTYPE\"[>\"><plist><array/>" + Times(511, "<array>") + Times(511, "</array>") + "</plist>"};
   for (const std::string& list : lists) EXPECT_TRUE(IsSafe(list) && Parses(list)) << &list - lists;
 }
 
@@ -80,7 +80,7 @@ TEST(PlistLimits, ListsThatExplodeNestTooDeepOrHoldANulAreRefused) {
   for (const unsigned type : {0x40U, 0x50U, 0x60U})
     EXPECT_FALSE(IsSafe(Repeat(100000, Object(type, 1 << 19, std::string(1 << 20, 'x'))))) << type;
   EXPECT_FALSE(IsSafe(List({Object(0xA0, 1, "\0"s)}, 1)));  // refers to itself
-  EXPECT_FALSE(IsSafe("<plist><array/>" + Repeated(512, "<array>")));
+  EXPECT_FALSE(IsSafe("<plist><array/>" + Times(512, "<array>")));
   EXPECT_FALSE(IsSafe(Repeat(1, "\x62\0a\0\0"s)) || IsSafe("<plist><string>a\0b</string></plist>"s));
 }
 
@@ -92,8 +92,8 @@ constexpr char kOpen[] =
 constexpr char kClose[] = "</array a=\"<array>\"\n></plist></dict/>";
 
 TEST(PlistLimits, XmlNestingIsCountedWhateverTheTagsLookLike) {
-  const std::string front = "<!DOCTYPE a [ \"]><array/>\"> ] > ]><plist><array>" + Repeated(255, kOpen);
-  const std::string back = Repeated(255, kClose) + "</array></plist>";
+  const std::string front = "<!DOCTYPE a [ \"]><array/>\"> ] > ]><plist><array>" + Times(255, kOpen);
+  const std::string back = Times(255, kClose) + "</array></plist>";
   EXPECT_TRUE(IsSafe(front + "<array/>" + back) && Parses(front + "<array/>" + back));
   EXPECT_FALSE(IsSafe(front + "<array><array/></array>" + back));
 }

@@ -25,7 +25,7 @@ inline std::optional<std::string> Take(char* block) {
   return block != nullptr ? std::optional<std::string>(block) : std::nullopt;
 }
 
-inline std::string Repeated(std::size_t times, const std::string& text) {
+inline std::string Times(std::size_t times, const std::string& text) {
   std::string repeated;
   while (times-- > 0) repeated += text;
   return repeated;

@@ -159,12 +159,17 @@ class PatternReader {
   std::size_t item_start_ = 0;
 };
 
+std::uint64_t Product(std::uint64_t first, std::uint64_t second) {
+  return std::min(first * second, kMany);
+}
+
 // One part of a pattern, or a whole group. `depth` bounds the calls made inside it without a character in
-// between, wherever one comes in or goes out.
+// between, wherever one comes in or goes out; `ways`, by how many ways.
 struct Term {
   std::uint64_t depth = 0;
   bool may_be_empty = true;
   enum { kAssertion, kCharacter, kOther } kind = kAssertion;  // an assertion cannot be repeated
+  std::uint64_t ways = 1;
 };
 
 // The group whose inside is being read.
@@ -173,6 +178,8 @@ struct Level {
   std::uint64_t terms = 0;  // in the alternative being read
   std::uint64_t run = 0;    // calls since the last character
   std::uint64_t deepest_run = 0;
+  std::uint64_t ways = 1;  // since the last character
+  std::uint64_t most_ways = 1;
   std::uint64_t alternatives = 1;
   bool alternative_may_be_empty = true;
   bool may_be_empty = false;
@@ -181,20 +188,25 @@ struct Level {
     ++terms;
     run = std::min(run + term.depth, kMany);
     deepest_run = std::max(deepest_run, run);
+    ways = Product(ways, term.ways);
+    most_ways = std::max(most_ways, ways);
     if (term.may_be_empty) return;
     alternative_may_be_empty = false;
     run = term.depth;
+    ways = term.ways;
   }
 
   void EndAlternative() {
     may_be_empty |= std::exchange(alternative_may_be_empty, true);
     terms = run = 0;
+    ways = 1;
   }
 
   Term AsTerm() {
     EndAlternative();
-    if (is_look_ahead) return {deepest_run + alternatives + 4, true, Term::kAssertion};
-    return {deepest_run + alternatives, may_be_empty, Term::kOther};
+    const std::uint64_t all_ways = Product(most_ways, alternatives);
+    if (is_look_ahead) return {deepest_run + alternatives + 4, true, Term::kAssertion, all_ways};
+    return {deepest_run + alternatives, may_be_empty, Term::kOther, all_ways};
   }
 };
 
@@ -221,6 +233,7 @@ class DemandsReader {
     }
     Close();
     demands_.match_depth = std::max(demands_.match_depth, term_.depth);
+    demands_.unwatched_ways = term_.ways;
     return demands_;
   }
 
@@ -290,15 +303,21 @@ class DemandsReader {
     if (!is_character && item.most > 1) {
       // The end of one round and the start of the next; as many rounds as there are when each may be empty.
       const std::uint64_t copies = item.most == kMany ? item.least + 2 : item.most;
-      term_.depth = std::min(once * (term_.may_be_empty ? copies : 2), kMany);
+      const std::uint64_t rounds = term_.may_be_empty ? copies : 2;
+      term_.depth = std::min(once * rounds, kMany);
+      const std::uint64_t ways_once = term_.ways + 1;
+      for (std::uint64_t round = 0; round < rounds && term_.ways < kMany; ++round) {
+        term_.ways = Product(term_.ways, ways_once);
+      }
     } else {
       term_.depth = once;
+      if (item.least == 0) ++term_.ways;
     }
     term_.may_be_empty |= item.least == 0;
     term_.kind = Term::kOther;
   }
 
-  void Multiply(std::uint64_t choices) { demands_.ways = std::min(demands_.ways * choices, kMany); }
+  void Multiply(std::uint64_t choices) { demands_.ways = Product(demands_.ways, choices); }
 
   PatternDemands demands_;
   Level level_;

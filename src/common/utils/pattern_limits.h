@@ -18,6 +18,10 @@ struct PatternDemands {
   bool has_back_reference = false;
   bool has_look_ahead = false;
 
+  // The ways from one comparison of places in the text to the next, at most. There are several where an empty
+  // alternative, or an optional part, leads to a reference to a group that took no part.
+  std::uint64_t unwatched_ways = 1;
+
   // The ways a backtracking match can take through a text of some length, at most: `ways` * (length + 1) to
   // the power of `loops`. Without a bound when groups are repeated.
   bool repeats_groups = false;
