@@ -116,6 +116,7 @@ class PatternReader {
       case 'B':
         return {Kind::kAssertion};
       case 'c':
+        if (at_ == pattern_.size()) return {Kind::kEnd};
         Skip(1);
         break;
       case 'x':
