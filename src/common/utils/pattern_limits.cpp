@@ -181,6 +181,7 @@ struct Level {
   std::uint64_t deepest_run = 0;
   std::uint64_t ways = 1;  // since the last character
   std::uint64_t most_ways = 1;
+  std::uint64_t ways_of_alternatives = 0;
   std::uint64_t alternatives = 1;
   bool alternative_may_be_empty = true;
   bool may_be_empty = false;
@@ -200,14 +201,14 @@ struct Level {
   void EndAlternative() {
     may_be_empty |= std::exchange(alternative_may_be_empty, true);
     terms = run = 0;
+    ways_of_alternatives = std::min(ways_of_alternatives + std::exchange(most_ways, 1), kMany);
     ways = 1;
   }
 
   Term AsTerm() {
     EndAlternative();
-    const std::uint64_t all_ways = Product(most_ways, alternatives);
-    if (is_look_ahead) return {deepest_run + alternatives + 4, true, Term::kAssertion, all_ways};
-    return {deepest_run + alternatives, may_be_empty, Term::kOther, all_ways};
+    if (is_look_ahead) return {deepest_run + alternatives + 4, true, Term::kAssertion, ways_of_alternatives};
+    return {deepest_run + alternatives, may_be_empty, Term::kOther, ways_of_alternatives};
   }
 };
 
@@ -307,6 +308,7 @@ class DemandsReader {
       const std::uint64_t rounds = term_.may_be_empty ? copies : 2;
       term_.depth = std::min(once * rounds, kMany);
       const std::uint64_t ways_once = term_.ways + 1;
+      term_.ways = 1;
       for (std::uint64_t round = 0; round < rounds && term_.ways < kMany; ++round) {
         term_.ways = Product(term_.ways, ways_once);
       }
