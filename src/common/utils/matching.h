@@ -35,7 +35,8 @@ HOSTUTIL_EXPORT bool EndWith(const std::string& text, const char* suffix);
 //                     all be empty, as in a?b?c?...; a text of more than a few hundred characters under a
 //                     pattern with a back-reference
 //   error_complexity  a look-ahead that reads on to the end again and again from everywhere in a long text; a
-//                     back-reference after ambiguous repetitions, as in (a*)*\1
+//                     back-reference after ambiguous repetitions, as in (a*)*\1, or after a good many parts
+//                     that may be empty
 //   error_space       a pattern that stands for some 100,000 characters, counted repetitions multiplied out
 // Long literal patterns and lists of thousands of alternatives are fine.
 HOSTUTIL_EXPORT bool MatchString(const std::string& text, const std::string& pattern, std::string* matched);
