@@ -77,6 +77,8 @@ void MatchTexts() {
       {errors::error_stack, a50k, {"(.*)\\1", "((a?){0,300}){0,300}", Times(100'000, "^")}},
       {errors::error_stack, "a", {Times(100'000, "("), Times(100'000, "(?="), Times(100'000, "a?")}},
       {errors::error_complexity, Times(24, "a"), {"(a*)*\\1b", "(b)?" + Times(40, "(|)") + "\\1x"}},
+      {errors::error_complexity, Times(200, "a"), {".*.*" + Times(35, "(?=a)") + "c|x{99000}"}},
+      {errors::error_space, "a", {"[" + Times(99, "[=a=]") + "]{99000}"}},
       {errors::error_space, "a", {Times(100'000, "b|"), "a{100001}", "a{99999999999999999999}"}},
       {errors::error_backref, "a", {"(a)\\99999999999999999999"}}};
   for (const auto& [expected, text, patterns] : rows)

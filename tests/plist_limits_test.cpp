@@ -88,7 +88,8 @@ TEST(PlistLimits, ListsThatExplodeNestTooDeepOrHoldANulAreRefused) {
 constexpr char kOpen[] =
     "<!-- </array> --><!--></array>--><? </array> ?><? \"?></array>\" ?><dict><key>k</key>"
     "<plist><array\n\ta=\">\" b='/' c=\"</array>\"><string><![CDATA[</array>]]><!-- </string></array> -->"
-    "</string ><array a='/'></array><array/><true/><key/><data>AAAA</data ><date a=\"</array>\"/>";
+    "</string ><array a='/'></array><array/><plist><true/></plist \"</array>\"><key/><data>AAAA</data ><date "
+    "a=\"</array>\"/>";
 constexpr char kClose[] = "</array a=\"<array>\"\n></plist></dict/>";
 
 TEST(PlistLimits, XmlNestingIsCountedWhateverTheTagsLookLike) {

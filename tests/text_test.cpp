@@ -75,6 +75,9 @@ TEST(SplitWithFlag, AppendsEveryField) {
     for (const std::string& field : fields) joined += '+' + field;
     EXPECT_EQ(joined, std::string("+kept") + expected);
   }
+  std::vector<std::string> own = {"a,b"};
+  Utils::SplitWithFlag(own[0].c_str(), ',', own);
+  EXPECT_EQ(own, (std::vector<std::string>{"a,b", "a", "b"}));
 }
 
 TEST(MemMem, FindsTheFirstPlace) {

@@ -259,7 +259,7 @@ class XmlWalk {
         if (!(*at_ == '?' ? SkipPastUnquoted("?>") : SkipDeclaration())) return false;
         continue;
       }
-      if (IsOtherEnd() || (depth > 0 && IsPlainLeaf())) continue;
+      if (IsLeafEnd() || (depth > 0 && IsPlainLeaf())) continue;
       Tag tag;
       if (!ReadTag(tag)) return false;
       switch (tag.kind) {
@@ -307,12 +307,15 @@ class XmlWalk {
     if (Is(name, "dict") || Is(name, "array")) return Kind::kContainer;
     if (Is(name, "/dict") || Is(name, "/array")) return Kind::kContainerEnd;
     if (IsLeaf(name)) return Kind::kLeaf;
-    if (name == "/data" || name == "/date" || name == "plist") return Kind::kOther;
+    if (name == "/data" || name == "/date" || name == "plist" || name == "/plist") return Kind::kOther;
     return Kind::kUnknown;
   }
 
-  // An end tag that cannot be a container's: it is what the parser expects, or the parser fails.
-  bool IsOtherEnd() const { return *at_ == '/' && at_ + 1 != end_ && at_[1] != 'a' && at_[1] != 'd'; }
+  // A leaf's end tag: nothing but its name and white space stands in it, or the parser fails. In those of
+  // containers and of "plist" there may be more, quotes too.
+  bool IsLeafEnd() const {
+    return *at_ == '/' && at_ + 1 != end_ && at_[1] != 'a' && at_[1] != 'd' && at_[1] != 'p';
+  }
 
   // A leaf's start tag as writers write it, without attributes. Told by the first letter and the place of the
   // ">": should the letters between be no leaf's name, the parser fails here.

@@ -18,7 +18,11 @@ namespace PlistLimits {
 // The deepest nesting of arrays, sets and dictionaries that is let through, empty ones included; the root is
 // level 1. libplist recurses once per level when it parses a binary list and when it prints, copies or frees
 // a tree; 512 levels of that fit into a stack of 512 KiB.
+#ifdef FUZZING_BUILD_MODE_UNSAFE_FOR_PRODUCTION
+inline constexpr std::size_t kMaxDepth = 6;  // so little that a fuzzer gets past a look that counts wrongly
+#else
 inline constexpr std::size_t kMaxDepth = 512;
+#endif
 
 // How much a binary list may stand for: 8 MiB, and 512 bytes for each byte of the file. A node counts as
 // kNodeSize bytes, about what libplist allocates for it, a text of up to 14 units or characters included, and
@@ -46,7 +50,7 @@ inline constexpr std::uint64_t kNodeSize = 128;
 bool BinaryIsSafe(const char* bytes, std::size_t length);
 
 // Takes time in proportion to the length, most of it only where there are more than 512 containers. What
-// follows the root element is not looked at, neither here nor by libplist.
+// follows the root element is looked at for a NUL alone, and by libplist not at all.
 bool XmlIsSafe(const char* bytes, std::size_t length);
 
 }  // namespace PlistLimits

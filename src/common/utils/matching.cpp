@@ -186,26 +186,33 @@ bool MatchesWatched(const std::string& text, const std::regex& regex, std::uint6
   return matches;
 }
 
+// What a step may cost, in those of a pattern without look-aheads: to begin one takes a new cell for every
+// state of the whole pattern.
+std::uint64_t CostOfStep(const PatternDemands& demands) {
+  return demands.has_look_ahead ? 1 + demands.size / 512 : 1;
+}
+
 // Whether the default executor can be left alone with so short a text.
 bool IsTame(const PatternDemands& demands, std::size_t length) {
   if (demands.repeats_groups || demands.steps > (demands.has_back_reference ? 64 : 128)) return false;
+  const std::uint64_t few_ways = demands.has_look_ahead ? kFewWays / 64 / CostOfStep(demands) : kFewWays;
   std::uint64_t ways = demands.ways;
-  for (std::uint64_t loop = 0; loop < demands.loops && ways <= kFewWays; ++loop) ways *= length + 1;
-  return ways <= kFewWays;
+  for (std::uint64_t loop = 0; loop < demands.loops && ways <= few_ways; ++loop) ways *= length + 1;
+  return ways <= few_ways;
 }
 
 bool Matches(const std::string& text, const std::string& pattern, const PatternDemands& demands) {
   using std::regex_constants::ECMAScript;
   // Without back-references no group needs to be remembered.
   const auto options = demands.has_back_reference ? ECMAScript : ECMAScript | std::regex_constants::nosubs;
-  const std::uint64_t many_steps = 1'000'000 + text.size() * (128 + pattern.size());
+  const std::uint64_t cost = CostOfStep(demands);
+  const std::uint64_t many_steps = (1'000'000 + text.size() * (128 + pattern.size())) / cost;
   if (text.size() <= kShortText || demands.has_back_reference) {
     const std::regex regex(pattern, options);
     if (text.size() <= kShortText && IsTame(demands, text.size())) return MatchesPlainly(text, regex);
     if (demands.has_back_reference) return MatchesWatched(text, regex, many_steps, demands.unwatched_ways);
     try {
-      // What a look-ahead takes to begin grows with the pattern.
-      return MatchesWatched(text, regex, demands.has_look_ahead ? 2'000 : 100'000);
+      return MatchesWatched(text, regex, (demands.has_look_ahead ? 2'000 : 100'000) / cost);
     } catch (const std::regex_error&) {  // too much for this executor, not for the other one
     }
   }

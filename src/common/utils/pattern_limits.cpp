@@ -8,6 +8,7 @@
 namespace {
 
 constexpr std::uint64_t kMany = 1'000'000;  // "no bound", and where sums stop growing
+constexpr std::uint64_t kLargest = 4'000'000;
 
 enum class Kind {
   kCharacter,  // whatever stands for one character: itself, a class, a bracket expression
@@ -165,12 +166,13 @@ std::uint64_t Product(std::uint64_t first, std::uint64_t second) {
 }
 
 // One part of a pattern, or a whole group. `depth` bounds the calls made inside it without a character in
-// between, wherever one comes in or goes out; `ways`, by how many ways.
+// between, wherever one comes in or goes out; `ways`, by how many ways; `size` is PatternDemands::size.
 struct Term {
   std::uint64_t depth = 0;
   bool may_be_empty = true;
   enum { kAssertion, kCharacter, kOther } kind = kAssertion;  // an assertion cannot be repeated
   std::uint64_t ways = 1;
+  std::uint64_t size = 1;
 };
 
 // The group whose inside is being read.
@@ -183,11 +185,13 @@ struct Level {
   std::uint64_t most_ways = 1;
   std::uint64_t ways_of_alternatives = 0;
   std::uint64_t alternatives = 1;
+  std::uint64_t size = 2;
   bool alternative_may_be_empty = true;
   bool may_be_empty = false;
 
   void Add(const Term& term) {
     ++terms;
+    size = std::min(size + term.size, 2 * kLargest);
     run = std::min(run + term.depth, kMany);
     deepest_run = std::max(deepest_run, run);
     ways = Product(ways, term.ways);
@@ -207,8 +211,9 @@ struct Level {
 
   Term AsTerm() {
     EndAlternative();
-    if (is_look_ahead) return {deepest_run + alternatives + 4, true, Term::kAssertion, ways_of_alternatives};
-    return {deepest_run + alternatives, may_be_empty, Term::kOther, ways_of_alternatives};
+    if (is_look_ahead)
+      return {deepest_run + alternatives + 4, true, Term::kAssertion, ways_of_alternatives, size};
+    return {deepest_run + alternatives, may_be_empty, Term::kOther, ways_of_alternatives, size};
   }
 };
 
@@ -226,7 +231,7 @@ class DemandsReader {
       has_term_ = false;
       if (item.kind == Kind::kEnd || item.kind == Kind::kRepeat) break;
       if (item.kind == Kind::kClose && enclosing_.empty()) break;
-      Read(item.kind);
+      Read(item.kind, reader.ItemText().size());
       demands_.compile_depth = std::max(demands_.compile_depth, enclosing_depth_ + level_.terms);
     }
     while (!enclosing_.empty()) {  // a group that was not closed has been entered all the same
@@ -236,13 +241,15 @@ class DemandsReader {
     Close();
     demands_.match_depth = std::max(demands_.match_depth, term_.depth);
     demands_.unwatched_ways = term_.ways;
+    demands_.size = term_.size;
+    if (demands_.size > kLargest + pattern.size()) throw std::regex_error(std::regex_constants::error_space);
     return demands_;
   }
 
  private:
   static constexpr std::uint64_t kGroupDepth = 6;  // calls that compiling a group takes, in those of a term
 
-  void Read(Kind kind) {
+  void Read(Kind kind, std::size_t length) {
     switch (kind) {
       case Kind::kOpenGroup:
       case Kind::kOpenLookAhead:
@@ -254,9 +261,10 @@ class DemandsReader {
       case Kind::kOr:
         level_.EndAlternative();
         ++level_.alternatives;
+        ++level_.size;
         return;
       case Kind::kCharacter:
-        Take({0, false, Term::kCharacter});
+        Take({0, false, Term::kCharacter, 1, length});
         return;
       case Kind::kBackReference:
         demands_.has_back_reference = true;
@@ -301,11 +309,13 @@ class DemandsReader {
     }
     ++demands_.steps;
 
+    const std::uint64_t copies = std::max<std::uint64_t>(item.most == kMany ? item.least + 1 : item.most, 1);
+    term_.size = std::min((term_.size + 1) * copies, 2 * kLargest);
+
     const std::uint64_t once = term_.depth + 1;
     if (!is_character && item.most > 1) {
       // The end of one round and the start of the next; as many rounds as there are when each may be empty.
-      const std::uint64_t copies = item.most == kMany ? item.least + 2 : item.most;
-      const std::uint64_t rounds = term_.may_be_empty ? copies : 2;
+      const std::uint64_t rounds = term_.may_be_empty ? copies + 1 : 2;
       term_.depth = std::min(once * rounds, kMany);
       const std::uint64_t ways_once = term_.ways + 1;
       term_.ways = 1;

@@ -102,9 +102,9 @@ class Pattern {
   std::size_t later_ = 0;
 };
 
-bool PointsInto(const std::string& text, const char* pointer) {
+bool PointsInto(std::string_view bytes, const char* pointer) {
   const std::less_equal<const char*> not_after;
-  return not_after(text.data(), pointer) && not_after(pointer, text.data() + text.size());
+  return not_after(bytes.data(), pointer) && not_after(pointer, bytes.data() + bytes.size());
 }
 
 std::size_t CountOf(std::string_view text, const Pattern& search) {
@@ -299,7 +299,12 @@ char* Utils::DeleteDelims(const char* text, const char* delimiters, const char* 
 }
 
 void Utils::SplitWithFlag(const char* text, char separator, std::vector<std::string>& fields) {
-  const std::string_view source = TextOrEmpty(text);
+  text = TextOrEmpty(text);
+  // A short text that is itself one of the fields moves when they do.
+  const std::string_view storage(reinterpret_cast<const char*>(fields.data()),
+                                 fields.size() * sizeof fields[0]);
+  const std::string own = PointsInto(storage, text) ? text : "";
+  const std::string_view source = own.empty() ? text : own.c_str();
   const char* const end = source.data() + source.size();
   MakeRoom(fields, CountOf(source, separator) + 1);
   for (const char* start = source.data(); start != end;) {
