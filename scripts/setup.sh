@@ -15,7 +15,7 @@ fail() { printf '%s: %s\n' "$(basename "$0")" "$*" >&2; exit 1; }
 
 debian_packages() {
   case $1 in
-    build) echo g++ cmake ninja-build pkg-config libplist-dev libgoogle-glog-dev libsqlite3-dev nettle-dev uuid-dev \
+    build) echo g++ make cmake ninja-build pkg-config libplist-dev libgoogle-glog-dev libsqlite3-dev nettle-dev uuid-dev \
                 libcli11-dev nlohmann-json3-dev libfmt-dev help2man ;;
     test) echo libgtest-dev libgmock-dev ;;
     check) echo git clang-format-14 clang-tidy-14 clang-14 ;;
