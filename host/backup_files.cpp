@@ -12,7 +12,13 @@
 
 FileStatus StatusOf(const std::string& path) {
   struct stat status {};
-  if (::lstat(path.c_str(), &status) != 0) return {FileKind::Absent, 0, errno};
+  if (::lstat(path.c_str(), &status) != 0) {
+    const int error = errno;
+    if (error == ENOENT || error == ENOTDIR || error == ELOOP || error == ENAMETOOLONG) {
+      return {FileKind::Absent, 0, error};
+    }
+    throw Failure(path + ": " + std::strerror(error));
+  }
   const auto size = static_cast<std::uint64_t>(status.st_size);
   if (S_ISREG(status.st_mode)) return {FileKind::Regular, size, 0};
   if (S_ISDIR(status.st_mode)) return {FileKind::Folder, size, 0};
@@ -21,11 +27,11 @@ FileStatus StatusOf(const std::string& path) {
 }
 
 std::string WithSeparator(const std::string& root) {
+  if (root.empty()) throw Failure("the folder is not named");
   return Utils::EndWith(root, "/") ? root : root + '/';
 }
 
 BackupFolder::BackupFolder(const std::string& root) : root_(WithSeparator(root)) {
-  if (root.empty()) throw Failure("the backup's folder is not named");
   // With the separator behind it the root itself may be a link: it is the user's word.
   const FileStatus status = StatusOf(root_);
   if (status.kind == FileKind::Absent) throw Failure(root + ": " + std::strerror(status.error));
@@ -54,5 +60,9 @@ bool BackupFolder::IsFolder(const std::string& path) {
 
 Plist ReadBackupPlist(const std::string& path, std::uint64_t size) {
   constexpr std::uint64_t kLargest = 64 << 20;
-  return Plist(size <= kLargest ? PlistUtil::ReadPlist(path.c_str()) : nullptr);
+  Plist plist(size <= kLargest ? PlistUtil::ReadPlist(path.c_str()) : nullptr);
+  if (plist == nullptr && Stream(std::fopen(path.c_str(), "rb")) == nullptr) {
+    throw Failure(path + ": " + std::strerror(errno));
+  }
+  return plist;
 }

@@ -7,10 +7,16 @@
 #include <plist/plist.h>
 
 #include <cstdint>
+#include <cstdio>
 #include <memory>
 #include <optional>
 #include <string>
 #include <unordered_map>
+
+struct CloseStream {
+  void operator()(std::FILE* stream) const { std::fclose(stream); }
+};
+using Stream = std::unique_ptr<std::FILE, CloseStream>;
 
 struct FreePlist {
   using pointer = plist_t;
@@ -18,7 +24,8 @@ struct FreePlist {
 };
 using Plist = std::unique_ptr<plist_t, FreePlist>;
 
-// What stands at a path, itself and not what it may point to.
+// What stands at a path, itself and not what it may point to. Throws Failure when that cannot be told, for
+// want of permission or by an error of the disk: only what is known to be absent counts as absent.
 enum class FileKind { Absent, Regular, Folder, Link, Other };
 struct FileStatus {
   FileKind kind;
@@ -50,8 +57,9 @@ class BackupFolder {
 };
 
 // A property list of a backup, whose path was found to be a regular file of this size. Null when it does not
-// parse or is too large to be one: reading one takes memory of several times its size.
+// parse or is too large to be one: reading one takes memory of several times its size. Throws Failure when it
+// cannot be opened.
 Plist ReadBackupPlist(const std::string& path, std::uint64_t size);
 
-// `root` with a "/" at its end.
+// `root` with a "/" at its end. Throws Failure when it is empty, which would name the system's root.
 std::string WithSeparator(const std::string& root);

@@ -19,9 +19,7 @@ std::string WhyUnreadable(const std::string& file) {
   if (S_ISDIR(status.st_mode)) return "is a folder";
   if (!S_ISREG(status.st_mode)) return "is not a regular file";
   if (status.st_size == 0) return "is empty";
-  std::FILE* const stream = std::fopen(file.c_str(), "rb");
-  if (stream == nullptr) return std::strerror(errno);
-  std::fclose(stream);
+  if (Stream(std::fopen(file.c_str(), "rb")) == nullptr) return std::strerror(errno);
   return "is no property list";
 }
 

@@ -11,7 +11,6 @@
 #include "common/plist_util.h"
 #include "common/utils.h"
 #include "library_text.h"
-#include "manifest_mbdb.h"
 #include "output.h"
 #include "sample_manifest.h"
 #include "terminal_text.h"
@@ -106,7 +105,6 @@ class Sample {
 
  private:
   void MakeFolder() const {
-    if (options_.folder.empty()) throw Failure("the sample's folder is not named");
     if (::mkdir(root_.c_str(), 0777) != 0 && errno != EEXIST) {
       throw Failure(options_.folder + ": " + std::strerror(errno));
     }

@@ -15,7 +15,6 @@
 #include "failure.h"
 #include "keyed_archive.h"
 #include "manifest.h"
-#include "manifest_mbdb.h"
 #include "terminal_text.h"
 
 namespace {

@@ -10,7 +10,6 @@
 namespace {
 
 constexpr std::array<unsigned char, 6> kMagic = {'m', 'b', 'd', 'b', 5, 0};
-constexpr std::uint16_t kNoText = 0xFFFF;
 
 // The fixed part of a record: where each field begins and how long all are.
 enum Field : std::int32_t {

@@ -3,15 +3,12 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
 #include <memory>
 
 #include "manifest.h"
 
-struct CloseStream {
-  void operator()(std::FILE* stream) const { std::fclose(stream); }
-};
-using Stream = std::unique_ptr<std::FILE, CloseStream>;
+// The length of a text that is missing.
+inline constexpr std::uint16_t kNoText = 0xFFFF;
 
 // A reader of the records in `stream`, which holds `size` bytes; null when it does not begin as a record file
 // does. Records are read one at a time: memory is bounded by the longest one.

@@ -140,8 +140,6 @@ class RecordWriter final : public ManifestWriter {
   }
 
  private:
-  static constexpr std::uint16_t kNoText = 0xFFFF;
-
   [[noreturn]] void Fail() const { throw Failure(path_ + ": " + std::strerror(errno)); }
 
   template <typename Number>

@@ -230,8 +230,8 @@ TEST(Program, PrintsPropertyListsAndRefusesBadUsage) {
   EXPECT_THAT(backup.Look("hostutil inspect 'no\n'"), IsFailure("no\\\\n: No such file"));
   for (const std::string arguments :
        {"", "nothing", "inspect", "inspect ''", "inspect . --nothing", "inspect . second",
-        "list . --match '('", "locate . d", "locate . d p --layout round", "sample .", "plist .",
-        "locate Info.plist d p --create", "sample new --files -1", "sample no/parent"}) {
+        "list . --match '('", "locate . d", "locate '' d p", "locate . d p --layout round", "sample .",
+        "plist .", "locate Info.plist d p --create", "sample new --files -1", "sample no/parent"}) {
     EXPECT_THAT(backup.Look("hostutil " + arguments), IsFailure("")) << arguments;
   }
   EXPECT_THAT(backup.Run("hostutil --version").out, MatchesRegex("hostutil [0-9.]+\n"));
