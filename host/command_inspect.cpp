@@ -81,7 +81,8 @@ class Inspection {
     for (;;) {
       const Manifest::Next next = manifest_->Read(entry);
       if (next == Manifest::Next::End) return;
-      if (next == Manifest::Next::Damaged) {
+      if (next == Manifest::Next::BrokenOff) report_.broken_off = true;
+      if (next != Manifest::Next::Entry) {
         AddProblem(ProblemKind::DamagedRecord, entry.id, entry);
       } else {
         Check(entry);

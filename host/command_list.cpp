@@ -1,4 +1,5 @@
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <array>
@@ -96,7 +97,9 @@ class Lister {
     for (;;) {
       const Manifest::Next next = manifest_->Read(entry);
       if (next == Manifest::Next::End) break;
-      if (next == Manifest::Next::Damaged) {
+      if (next == Manifest::Next::BrokenOff) {
+        broken_off_ = true;
+      } else if (next == Manifest::Next::Damaged) {
         ++damaged_;
       } else if (Wanted(entry)) {
         Print(entry);
@@ -150,12 +153,12 @@ class Lister {
   }
 
   ExitStatus Outcome() const {
-    if (damaged_ == 0 && unmatched_ == 0) return ExitStatus::Fine;
-    std::string line = "hostutil:";
-    if (damaged_ != 0) line += " left out " + TerminalText::Counted(damaged_, "damaged record");
-    if (damaged_ != 0 && unmatched_ != 0) line += ',';
-    if (unmatched_ != 0) line += " could not match " + TerminalText::Counted(unmatched_, "path");
-    std::fputs((line + '\n').c_str(), stderr);
+    std::vector<std::string> faults;
+    if (damaged_ != 0) faults.push_back("left out " + TerminalText::Counted(damaged_, "damaged record"));
+    if (unmatched_ != 0) faults.push_back("could not match " + TerminalText::Counted(unmatched_, "path"));
+    if (broken_off_) faults.emplace_back("could not read the rest of the manifest");
+    if (faults.empty()) return ExitStatus::Fine;
+    std::fputs(fmt::format("hostutil: {}\n", fmt::join(faults, ", ")).c_str(), stderr);
     return ExitStatus::Problems;
   }
 
@@ -168,6 +171,7 @@ class Lister {
   std::uint64_t damaged_ = 0;
   std::uint64_t unmatched_ = 0;
 };
+  bool broken_off_ = false;
 
 }  // namespace
 

@@ -1,5 +1,5 @@
 // What a backup says it holds, entry by entry, whichever generation it is of. A manifest is not trusted:
-// texts hold any bytes but NUL, and identifiers are only there to be compared.
+// texts hold any bytes, NUL only in a damaged entry, and identifiers are only there to be compared.
 //
 //   std::unique_ptr<Manifest> manifest = OpenManifest(folder);
 //   Entry entry;
@@ -29,7 +29,8 @@ class Manifest {
  public:
   enum class Next {
     Entry,
-    Damaged,  // a record that cannot be used; the entry holds what is known of it
+    Damaged,    // a record that cannot be used; the entry holds what is known of it
+    BrokenOff,  // the same, and what follows it cannot be read: the end is next
     End,
   };
 

@@ -30,9 +30,10 @@ struct FinalizeStatement {
 using Statement = std::unique_ptr<sqlite3_stmt, FinalizeStatement>;
 
 constexpr char kTable[] = "Files";
-constexpr char kRows[] = "SELECT fileID, domain, relativePath, flags, file FROM Files";
-constexpr char kRowCount[] = "SELECT count(*) FROM Files";
-enum Column : int { kId, kDomain, kPath, kFlags, kFile };
+constexpr char kColumns[] = "PRAGMA table_xinfo(Files)";
+constexpr char kRows[] = "SELECT fileID, domain, relativePath, flags, file, rowid FROM Files";
+constexpr char kLastRow[] = "SELECT max(rowid) FROM Files";
+enum Column : int { kId, kDomain, kPath, kFlags, kFile, kRowId };
 
 // A way of opening that takes no locks. A log can then only be read by one who claims the whole database,
 // which also keeps the log's index in memory.
@@ -97,8 +98,8 @@ std::string Uri(const std::string& path, const std::string& parameters) {
   return uri + '?' + parameters;
 }
 
-// Lets a statement read the table, the schema (for Utils::TableCheck) and count; `by` names a view or
-// trigger.
+// Lets a statement read the table, its columns and its last row, and the schema and count, which
+// Utils::TableCheck asks for; `by` names a view or trigger.
 int Authorize(void* /*unused*/, int action, const char* first, const char* second, const char* /*database*/,
               const char* by) {
   if (by != nullptr) return SQLITE_DENY;
@@ -110,10 +111,21 @@ int Authorize(void* /*unused*/, int action, const char* first, const char* secon
                  ? SQLITE_OK
                  : SQLITE_DENY;
     case SQLITE_FUNCTION:
-      return Utils::CompareI(second, "count") == 0 ? SQLITE_OK : SQLITE_DENY;
+      return Utils::CompareI(second, "count") == 0 || Utils::CompareI(second, "max") == 0 ? SQLITE_OK
+                                                                                          : SQLITE_DENY;
+    case SQLITE_PRAGMA:
+      return Utils::CompareI(first, "table_xinfo") == 0 ? SQLITE_OK : SQLITE_DENY;
     default:
       return SQLITE_DENY;
   }
+}
+
+// While it is on, a statement is given up when it takes far more work than reading a schema or descending
+// once to the last row. Linked pages can make a scan endless.
+void LimitWork(sqlite3* database, bool on) {
+  constexpr int kMostInstructions = 100000;
+  sqlite3_progress_handler(
+      database, on ? kMostInstructions : 0, [](void*) { return 1; }, nullptr);
 }
 
 // A schema comes with the file: views, triggers, virtual tables and functions in it can compute for ever or
@@ -129,6 +141,7 @@ void Restrict(sqlite3* database) {
   sqlite3_limit(database, SQLITE_LIMIT_LENGTH, kLongestValue);
   sqlite3_busy_timeout(database, kLockPatience);
   sqlite3_set_authorizer(database, Authorize, nullptr);
+  LimitWork(database, true);
 }
 
 // Why the rows cannot be read, after the statement for them failed with `code`.
@@ -141,6 +154,7 @@ std::string Reason(sqlite3* database, int code) {
     case SQLITE_NOTADB:
       return "is no database";
     case SQLITE_CORRUPT:
+    case SQLITE_INTERRUPT:
       return "is a damaged database";
     case SQLITE_READONLY:
       return "holds an unfinished transaction";
@@ -184,34 +198,43 @@ class DatabaseReader final : public Manifest {
     if (code != SQLITE_OK) throw Failure(fmt::format("{}: {}", path, sqlite3_errstr(code)));
     if (parameters == kWithoutLocks) sqlite3_exec(opened, kClaimWhole, nullptr, nullptr, nullptr);
     Restrict(opened);
+    RefuseComputedColumns();
     rows_ = Prepare(kRows);
     // The first step takes the lock: what cannot be read at all shows here, before anything is printed.
     step_ = sqlite3_step(rows_.get());
     if (step_ != SQLITE_ROW && step_ != SQLITE_DONE) Fail(step_);
-    // Pages can be linked so that they are passed again and again. No honest table has more rows than this.
-    most_rows_ = (StatusOf(path).size + StatusOf(path + "-wal").size) / kSmallestRow;
+    LimitWork(opened, false);
+    // Pages, cells and overflow chains can be shared, to be passed again and again. No honest table has more
+    // rows or bytes than this; texts in UTF-16 grow by half when they become UTF-8.
+    const std::uint64_t size = StatusOf(path).size + StatusOf(path + "-wal").size;
+    most_rows_ = size / kSmallestRow;
+    most_bytes_ = 2 * size;
   }
 
   Next Read(Entry& entry) override {
     entry = {};
     if (step_ == SQLITE_DONE) return Next::End;
-    const bool readable = step_ == SQLITE_ROW && done_ < most_rows_;
-    const bool usable = readable && ReadRow(entry);
-    ++done_;
-    step_ = readable ? sqlite3_step(rows_.get()) : SQLITE_DONE;
+    if (step_ != SQLITE_ROW || rows_read_ == most_rows_ || bytes_read_ > most_bytes_) {
+      step_ = SQLITE_DONE;
+      return Next::BrokenOff;
+    }
+    const bool usable = ReadRow(entry);
+    ++rows_read_;
+    bytes_read_ += RowBytes();
+    row_id_ = static_cast<std::uint64_t>(sqlite3_column_int64(rows_.get(), kRowId));
+    step_ = sqlite3_step(rows_.get());
     return usable ? Next::Entry : Next::Damaged;
   }
 
   Position Where() override {
-    if (!total_) total_ = CountRows();
-    return {done_, *total_};
+    if (!last_row_id_) last_row_id_ = LastRowId();
+    return {row_id_, *last_row_id_};
   }
 
   bool TwoLevel() const override { return true; }
 
  private:
   [[noreturn]] void Fail(int code) {
-    // The refusal may quote the schema.
     throw Failure(fmt::format("{}: {}", path_, Reason(database_.get(), code)));
   }
 
@@ -223,10 +246,36 @@ class DatabaseReader final : public Manifest {
     return statement;
   }
 
-  std::uint64_t CountRows() {
-    const Statement count = Prepare(kRowCount);
-    if (sqlite3_step(count.get()) != SQLITE_ROW) return 0;
-    return static_cast<std::uint64_t>(sqlite3_column_int64(count.get(), 0));
+  // A computed column can stand for a computation that never ends.
+  void RefuseComputedColumns() {
+    constexpr int kHidden = 6;
+    const Statement columns = Prepare(kColumns);
+    int code = SQLITE_OK;
+    while ((code = sqlite3_step(columns.get())) == SQLITE_ROW) {
+      if (sqlite3_column_int(columns.get(), kHidden) == 0) continue;
+      throw Failure(path_ + ": has a computed column in its table Files");
+    }
+    if (code != SQLITE_DONE) Fail(code);
+  }
+
+  // One descent finds it, unless a column of the table's own is called rowid.
+  std::uint64_t LastRowId() {
+    LimitWork(database_.get(), true);
+    const Statement last = Prepare(kLastRow);
+    const bool found = sqlite3_step(last.get()) == SQLITE_ROW;
+    LimitWork(database_.get(), false);
+    return found ? static_cast<std::uint64_t>(sqlite3_column_int64(last.get(), 0)) : 0;
+  }
+
+  // The bytes of all that can be long in the row.
+  std::uint64_t RowBytes() {
+    std::uint64_t bytes = 0;
+    for (int column = kId; column <= kRowId; ++column) {
+      const int type = sqlite3_column_type(rows_.get(), column);
+      if (type != SQLITE_TEXT && type != SQLITE_BLOB) continue;
+      bytes += static_cast<std::uint64_t>(sqlite3_column_bytes(rows_.get(), column));
+    }
+    return bytes;
   }
 
   // Whether the column holds a text that can be one of a file.
@@ -264,9 +313,12 @@ class DatabaseReader final : public Manifest {
   Database database_;
   Statement rows_;
   int step_ = SQLITE_DONE;
-  std::uint64_t done_ = 0;
+  std::uint64_t rows_read_ = 0;
+  std::uint64_t bytes_read_ = 0;
   std::uint64_t most_rows_ = 0;
-  std::optional<std::uint64_t> total_;
+  std::uint64_t most_bytes_ = 0;
+  std::uint64_t row_id_ = 0;
+  std::optional<std::uint64_t> last_row_id_;
 };
 
 }  // namespace

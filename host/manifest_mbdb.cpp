@@ -54,14 +54,15 @@ class RecordFile final : public Manifest {
     std::array<unsigned char, kFixedSize> fixed{};
     if (!ReadRecord(entry, fixed)) {
       ended_ = true;  // where the next record begins is not known
-      return Next::Damaged;
+      return Next::BrokenOff;
     }
     using namespace BigEndianBitConverter;
     entry.modified = static_cast<long>(ToUInt32(fixed.data(), kModified));
-    entry.size = static_cast<std::uint64_t>(ToInt64(fixed.data(), kLength));
+    const std::int64_t length = ToInt64(fixed.data(), kLength);
     const std::optional<EntryKind> kind = KindOf(ToUInt16(fixed.data(), kMode));
-    if (!kind || !HoldsNoNul(entry)) return Next::Damaged;
+    if (!kind || length < 0 || !HoldsNoNul(entry)) return Next::Damaged;
     entry.kind = *kind;
+    entry.size = static_cast<std::uint64_t>(length);
     return Next::Entry;
   }
 

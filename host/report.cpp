@@ -50,9 +50,8 @@ class Text {
     Line(PaddedRight(name, kNameWidth) + Escaped(value));
   }
   std::size_t RoomFor(std::size_t other_columns) const {
-    constexpr std::size_t kLongestName = 60;
     if (screen_.width == 0) return 0;
-    return std::clamp<std::size_t>(screen_.width - std::min(screen_.width, other_columns), 8, kLongestName);
+    return std::max<std::size_t>(screen_.width - std::min(screen_.width, other_columns), 8);
   }
   const Screen& screen() const { return screen_; }
   std::string Take() { return std::move(lines_); }
@@ -68,7 +67,17 @@ void AddVerdict(const Report& report, Text& text) {
     text.StyledLine(text.screen().Green("No problems") + ": " + Counted(report.listed, "file") + " checked.");
     return;
   }
-  text.StyledLine(text.screen().Red(Counted(report.problems.size(), "problem")));
+  text.StyledLine(text.screen().Red(Counted(report.problems.size(), "problem")) +
+                  (report.broken_off ? ", and the rest of the manifest cannot be read" : ""));
+}
+
+// A line that names what a problem is about. Its end, where the file's name is, is never cut away.
+std::string NamesOf(const Problem& problem, const Text& text) {
+  const std::string id =
+      problem.id.empty() ? "    " : "    " + TerminalText::ElidedEnd(Escaped(problem.id), 40) + "  ";
+  const std::string name = problem.domain.empty() ? problem.path : problem.domain + "  " + problem.path;
+  if (problem.id.empty() && name.empty()) return id + "(nothing is known of it)";
+  return id + TerminalText::ElidedMiddle(Escaped(name), text.RoomFor(TerminalText::Width(id)));
 }
 
 // The problems by kind, the first twenty of all in full.
@@ -86,10 +95,7 @@ void AddProblems(const Report& report, Text& text) {
       if (shown == kShown) break;
       if (!is_kind(problem)) continue;
       ++shown;
-      const std::string name = problem.domain.empty() ? problem.path : problem.domain + "  " + problem.path;
-      const std::string id =
-          problem.id.empty() ? "" : TerminalText::ElidedEnd(Escaped(problem.id), 40) + "  ";
-      text.Line("    " + id + Escaped(name));
+      text.Line(NamesOf(problem, text));
     }
   }
   if (report.problems.size() > kShown) {
@@ -101,12 +107,13 @@ void AddDomains(const Report& report, Text& text) {
   if (report.domains.empty()) return;
   text.Heading("Domains");
   constexpr std::size_t kNumbers = 2 + 2 + 12 + 2 + 10;
+  constexpr std::size_t kWidest = 60;  // a longer name moves its own numbers only
   const std::size_t room = text.RoomFor(kNumbers);
   std::size_t widest = 0;
   for (const auto& [name, total] : report.domains) {
-    const std::size_t width = TerminalText::Width(Escaped(name));
-    widest = std::max(widest, room != 0 ? std::min(width, room) : width);
+    widest = std::max(widest, TerminalText::Width(TerminalText::ElidedMiddle(Escaped(name), room)));
   }
+  widest = std::min(widest, kWidest);
   for (const auto& [name, total] : Largest(report.domains, [](const DomainTotal& t) { return t.bytes; })) {
     const std::string shown = TerminalText::ElidedMiddle(Escaped(name), room);
     text.Line(fmt::format("  {}  {}  {}", PaddedRight(shown, widest),

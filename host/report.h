@@ -50,6 +50,7 @@ struct Report {
   std::optional<std::pair<long, long>> modified;  // the earliest and the latest
 
   std::vector<Problem> problems;
+  bool broken_off = false;  // the rest of the manifest cannot be read; the last damaged record stands for it
   std::string elapsed;
 };
 

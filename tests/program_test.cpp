@@ -99,6 +99,13 @@ TEST(Program, FindsEachFaultOfADatabase) {
   std::string expected = "1 40 40 0 3 0 8 0, mismatched-id a, mismatched-id b, mismatched-id c";
   for (const char path : std::string("defghijklm")) expected += std::string(", damaged-record ") + path;
   EXPECT_EQ(Inspect(backup), expected + ", damaged-record , damaged-record ");
+
+  // Every row with the same long text: more bytes than the file holds.
+  const SampleBackup swollen("two-level");
+  swollen.Run("", "ALTER TABLE Files DROP COLUMN domain; ALTER TABLE Files ADD COLUMN domain DEFAULT '" +
+                      std::string(60000, 'd') + '\'');
+  EXPECT_THAT(swollen.Run("hostutil inspect .").out, HasSubstr("problems, and the rest of the manifest"));
+  EXPECT_EQ(swollen.Run("hostutil list .").err, "hostutil: could not read the rest of the manifest\n");
 }
 
 // A record of the flat generation with one property, its texts being of one byte each.
@@ -118,6 +125,7 @@ TEST(Program, FindsEachFaultOfARecordFile) {
       {start, whole},
       {first, whole},
       {start + Record("p", std::string("\x10\0", 2)) + last, damaged + "p"},
+      {start + Record("p", "\x81\xA4" + std::string(29, '\xFF')).erase(43, 29) + last, damaged + "p"},
       {start + std::string("\0\2d\0", 4) + Record("p", "\x81\xA4").substr(3) + last, damaged + "p"},
       {first + "\xFF\xFE***", damaged}};
   for (std::size_t length = 1; length < last.size(); ++length) {
@@ -150,6 +158,7 @@ TEST(Program, NamesWhatItCannotReadAndLeavesItAsItIs) {
         {"head -c 5000 $m >x; mv x $m", ""},
         {"", "ALTER TABLE Files DROP COLUMN flags"},
         {"", "DROP TABLE Files; CREATE VIEW Files AS SELECT 1"},
+        {"", "ALTER TABLE Files ADD COLUMN twice AS (flags+flags)"},
         {"", "DROP TABLE Files; CREATE VIRTUAL TABLE Files USING rtree(a, b, c)"}}) {
     expect_failure("two-level", line, sql);
   }
