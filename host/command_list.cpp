@@ -57,7 +57,8 @@ class Table {
   void Measure() {
     measured_ = true;
     for (const Row& row : first_) domain_ = std::max(domain_, TerminalText::Width(row.domain));
-    if (screen_.width != 0) domain_ = std::min(domain_, std::max<std::size_t>(screen_.width / 4, 12));
+    constexpr std::size_t kWidest = 60;  // where nothing is cut, a longer domain moves its own path only
+    domain_ = std::min(domain_, screen_.width != 0 ? std::max<std::size_t>(screen_.width / 4, 12) : kWidest);
     for (const Row& row : first_) Print(row);
     first_.clear();
   }
@@ -170,8 +171,8 @@ class Lister {
   std::unique_ptr<Manifest> manifest_;
   std::uint64_t damaged_ = 0;
   std::uint64_t unmatched_ = 0;
-};
   bool broken_off_ = false;
+};
 
 }  // namespace
 

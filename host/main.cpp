@@ -56,8 +56,10 @@ void AddLayout(CLI::App* command, Arguments& arguments) {
 }
 
 void AddCommands(CLI::App& app, Arguments& arguments) {
-  CLI::App* command = AddCommand(app, "plist", "Print a property list of either encoding", "plist Info.plist",
-                                 arguments, [&] { return RunPlist(arguments.plist); });
+  CLI::App* command = AddCommand(
+      app, "plist",
+      "Print a property list of either encoding as XML, between the two lines that PrintPlist adds",
+      "plist Info.plist", arguments, [&] { return RunPlist(arguments.plist); });
   command->add_option("FILE", arguments.plist.file, "the property list")->required()->type_name("");
 
   command = AddCommand(app, "locate", "Name a file's identifier and where a backup stores it",

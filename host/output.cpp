@@ -22,13 +22,18 @@ void Output::Flush() {
   }
 }
 
-Screen Screen::OfStandardOutput() {
-  Screen screen;
-  if (::isatty(STDOUT_FILENO) == 0) return screen;
+std::size_t TerminalWidth(int descriptor) {
+  if (::isatty(descriptor) == 0) return 0;
   constexpr std::size_t kUsualWidth = 80;
   winsize size{};
-  const bool known = ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
-  screen.width = known ? size.ws_col : kUsualWidth;
+  const bool known = ::ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+  return known ? size.ws_col : kUsualWidth;
+}
+
+Screen Screen::OfStandardOutput() {
+  Screen screen;
+  screen.width = TerminalWidth(STDOUT_FILENO);
+  if (screen.width == 0) return screen;
   const char* const refused = std::getenv("NO_COLOR");
   const char* const terminal = std::getenv("TERM");
   screen.colour =

@@ -11,8 +11,7 @@ struct OutputFailure {
   int error;
 };
 
-// Collects lines and writes them in blocks that end with a line, so that a command that is interrupted leaves
-// no part of one behind.
+// Collects lines and writes many at once.
 class Output {
  public:
   void Write(std::string_view lines);
@@ -21,6 +20,9 @@ class Output {
  private:
   std::string pending_;
 };
+
+// The width in columns of the terminal at this descriptor, 0 when it is no terminal.
+std::size_t TerminalWidth(int descriptor);
 
 // What standard output is: its width in columns, 0 when it is no terminal, and whether colours are wanted.
 struct Screen {

@@ -10,6 +10,7 @@
 
 #include "common/utils.h"
 #include "library_text.h"
+#include "output.h"
 #include "terminal_text.h"
 
 namespace {
@@ -67,6 +68,8 @@ void Progress::Show(Manifest& manifest) {
     line += fmt::format(", {:.0f} %, {} left", 100 * part,
                         Taken(Utils::ConvertSecondsToTime(static_cast<std::uint32_t>(left))));
   }
-  std::fputs(fmt::format("\r{}\x1b[K", line).c_str(), stderr);
+  // In the last column some terminals would clear what was just written there.
+  const std::size_t room = std::max<std::size_t>(TerminalWidth(STDERR_FILENO), 2) - 1;
+  std::fputs(fmt::format("\r{}\x1b[K", TerminalText::ElidedEnd(line, room)).c_str(), stderr);
   drawn_ = true;
 }
