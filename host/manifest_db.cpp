@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -31,9 +32,9 @@ using Statement = std::unique_ptr<sqlite3_stmt, FinalizeStatement>;
 
 constexpr char kTable[] = "Files";
 constexpr char kColumns[] = "PRAGMA table_xinfo(Files)";
-constexpr char kRows[] = "SELECT fileID, domain, relativePath, flags, file, rowid FROM Files";
+constexpr char kRows[] = "SELECT fileID, domain, relativePath, flags, file FROM Files";
 constexpr char kLastRow[] = "SELECT max(rowid) FROM Files";
-enum Column : int { kId, kDomain, kPath, kFlags, kFile, kRowId };
+enum Column : int { kId, kDomain, kPath, kFlags, kFile };
 
 // A way of opening that takes no locks. A log can then only be read by one who claims the whole database,
 // which also keeps the log's index in memory.
@@ -221,14 +222,13 @@ class DatabaseReader final : public Manifest {
     const bool usable = ReadRow(entry);
     ++rows_read_;
     bytes_read_ += RowBytes();
-    row_id_ = static_cast<std::uint64_t>(sqlite3_column_int64(rows_.get(), kRowId));
     step_ = sqlite3_step(rows_.get());
     return usable ? Next::Entry : Next::Damaged;
   }
 
   Position Where() override {
     if (!last_row_id_) last_row_id_ = LastRowId();
-    return {row_id_, *last_row_id_};
+    return {rows_read_, *last_row_id_};
   }
 
   bool TwoLevel() const override { return true; }
@@ -258,19 +258,23 @@ class DatabaseReader final : public Manifest {
     if (code != SQLITE_DONE) Fail(code);
   }
 
-  // One descent finds it, unless a column of the table's own is called rowid.
+  // About the number of rows, found by one descent; 0 where that is not to be had. To count them could take
+  // for ever.
   std::uint64_t LastRowId() {
     LimitWork(database_.get(), true);
-    const Statement last = Prepare(kLastRow);
-    const bool found = sqlite3_step(last.get()) == SQLITE_ROW;
+    sqlite3_stmt* prepared = nullptr;
+    sqlite3_prepare_v2(database_.get(), kLastRow, -1, &prepared, nullptr);
+    const Statement last(prepared);
+    const bool found = sqlite3_step(prepared) == SQLITE_ROW;
     LimitWork(database_.get(), false);
-    return found ? static_cast<std::uint64_t>(sqlite3_column_int64(last.get(), 0)) : 0;
+    return found ? static_cast<std::uint64_t>(std::max<sqlite3_int64>(sqlite3_column_int64(prepared, 0), 0))
+                 : 0;
   }
 
   // The bytes of all that can be long in the row.
   std::uint64_t RowBytes() {
     std::uint64_t bytes = 0;
-    for (int column = kId; column <= kRowId; ++column) {
+    for (int column = kId; column <= kFile; ++column) {
       const int type = sqlite3_column_type(rows_.get(), column);
       if (type != SQLITE_TEXT && type != SQLITE_BLOB) continue;
       bytes += static_cast<std::uint64_t>(sqlite3_column_bytes(rows_.get(), column));
@@ -317,7 +321,6 @@ class DatabaseReader final : public Manifest {
   std::uint64_t bytes_read_ = 0;
   std::uint64_t most_rows_ = 0;
   std::uint64_t most_bytes_ = 0;
-  std::uint64_t row_id_ = 0;
   std::optional<std::uint64_t> last_row_id_;
 };
 
