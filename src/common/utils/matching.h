@@ -37,7 +37,8 @@ HOSTUTIL_EXPORT bool EndWith(const std::string& text, const char* suffix);
 //   error_complexity  a look-ahead that reads on to the end again and again from everywhere in a long text; a
 //                     back-reference after ambiguous repetitions, as in (a*)*\1, or after a good many parts
 //                     that may be empty
-//   error_space       a pattern that stands for some 100,000 characters, counted repetitions multiplied out, or whose
+//   error_space       a pattern that stands for some 100,000 characters, counted repetitions multiplied out,
+//   or whose
 //                     bracket expressions do for some millions
 // Long literal patterns and lists of thousands of alternatives are fine.
 HOSTUTIL_EXPORT bool MatchString(const std::string& text, const std::string& pattern, std::string* matched);

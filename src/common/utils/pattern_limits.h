@@ -22,8 +22,8 @@ struct PatternDemands {
   // alternative, or an optional part, leads to a reference to a group that took no part.
   std::uint64_t unwatched_ways = 1;
 
-  // What it stands for when each repeated part is written out as often as it is counted: about the states of the
-  // compiled pattern, and with each bracket expression's own length, which is copied along.
+  // What it stands for when each repeated part is written out as often as it is counted: about the states of
+  // the compiled pattern, and with each bracket expression's own length, which is copied along.
   std::uint64_t size = 0;
 
   // The ways a backtracking match can take through a text of some length, at most: `ways` * (length + 1) to
@@ -38,8 +38,8 @@ struct PatternDemands {
 };
 
 // A part that is no valid pattern ends the look: the engine will not get past it either. Throws
-// std::regex_error for a number so long that the engine's own arithmetic would overflow, and for a size of some
-// millions, more than the pattern's own length.
+// std::regex_error for a number so long that the engine's own arithmetic would overflow, and for a size of
+// some millions, more than the pattern's own length.
 PatternDemands DemandsOf(std::string_view pattern);
 
 // The same pattern with long runs of terms, and long lists of alternatives, put into nested groups that
