@@ -302,7 +302,7 @@ void Utils::SplitWithFlag(const char* text, char separator, std::vector<std::str
   text = TextOrEmpty(text);
   // A short text that is itself one of the fields moves when they do.
   const std::string_view storage(reinterpret_cast<const char*>(fields.data()),
-                                 fields.size() * sizeof fields[0]);
+                                 fields.size() * sizeof(std::string));
   const std::string own = PointsInto(storage, text) ? text : "";
   const std::string_view source = own.empty() ? text : own.c_str();
   const char* const end = source.data() + source.size();
