@@ -33,7 +33,8 @@ void ComparePath(const std::string& data, const std::string& path) {
         const AutoreleasePool pool;
         return Utils::GetParentDir(path.c_str());
       })
-      .Peer(kPeer, [&path] { return ParentByFilesystem(path); });
+      .Peer(kPeer, [&path] { return ParentByFilesystem(path); })
+      .Remark("three text objects in the thread's pool are made on the way, and drained with it");
   Compare("GetFileName", data, kWellAhead)
       .Ours([&path] { return Utils::GetFileName(path.c_str()); })
       .Peer(kPeer, [&path] { return NameByFilesystem(path); });
