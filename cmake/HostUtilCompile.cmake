@@ -32,5 +32,7 @@ if(APPLE)
 else()
   set(HOSTUTIL_ORIGIN "$ORIGIN")
 endif()
-set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
-set(CMAKE_INSTALL_RPATH "${HOSTUTIL_ORIGIN};${HOSTUTIL_ORIGIN}/../${CMAKE_INSTALL_LIBDIR}")
+# Linked with the run path that is installed: CMake would reserve its room with colons in the build tree, and the loader
+# takes the empty element between two colons for the current folder, which may be an untrusted backup.
+set(CMAKE_BUILD_WITH_INSTALL_RPATH ON)
+set(CMAKE_INSTALL_RPATH "${HOSTUTIL_ORIGIN}")

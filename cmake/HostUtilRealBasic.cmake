@@ -15,6 +15,11 @@ if(CMAKE_OBJDUMP AND NOT APPLE)
   endif()
 endif()
 
+# Programs of the build tree look for it in their own folder.
+if(PROJECT_IS_TOP_LEVEL)
+  file(COPY "${HOSTUTIL_BASIC_LIBRARY}" DESTINATION "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}" FOLLOW_SYMLINK_CHAIN)
+endif()
+
 add_library(HostUtil::Basic SHARED IMPORTED GLOBAL)
 set_target_properties(HostUtil::Basic PROPERTIES IMPORTED_LOCATION "${HOSTUTIL_BASIC_LIBRARY}" ${soname})
 

@@ -23,6 +23,7 @@ debian_packages() {
     fuzz) echo clang-14 libclang-rt-14-dev ;;
     docs) echo doxygen ;;
     package) echo dpkg-dev file ;;
+    systems) echo git debootstrap ;;
     foreign) echo g++-s390x-linux-gnu g++-aarch64-linux-gnu qemu-user-static ;;
     *) fail "no such group of packages: $1" ;;
   esac

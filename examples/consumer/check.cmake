@@ -1,7 +1,7 @@
 # Builds and runs the minimal host with HostUtil reached in every way that is promised: from an installation that was
 # moved, by CMake and by pkg-config, and from the source.
 #
-# BUILD: the build folder to install. SOURCE: the project. WORK: a scratch folder. GENERATOR, CXX, PKG_CONFIG: the tools.
+# BUILD: the build folder to install. SOURCE: the project. WORK: a scratch folder. GENERATOR, CXX, PKG_CONFIG, READELF: the tools.
 
 file(REMOVE_RECURSE "${WORK}")
 file(WRITE "${WORK}/Info.plist" "<plist version=\"1.0\"><dict><key>Device Name</key><string>Phone</string></dict></plist>")
@@ -31,11 +31,21 @@ function(build folder source)
   run("${CMAKE_COMMAND}" --build "${folder}" --parallel 2)
 endfunction()
 
+function(check_run_paths)
+  if(READELF)
+    run("${CMAKE_COMMAND}" "-DREADELF=${READELF}" "-DFOLDERS=${ARGN}" -P "${SOURCE}/tests/run_paths.cmake")
+  endif()
+endfunction()
+
 run("${CMAKE_COMMAND}" --install "${BUILD}" --prefix "${WORK}/installed")
 file(RENAME "${WORK}/installed" "${WORK}/moved")
 if(EXISTS "${WORK}/moved/bin/hostutil")
   run("${WORK}/moved/bin/hostutil" --version)
 endif()
+file(GLOB_RECURSE libraries "${WORK}/moved/*/libHostUtil*")
+list(GET libraries 0 library)
+get_filename_component(library_folder "${library}" DIRECTORY)
+check_run_paths("${WORK}/moved/bin" "${library_folder}")
 set(consumer "${SOURCE}/examples/consumer")
 build(installed_consumer "${consumer}" -DWAY=find_package "-DCMAKE_PREFIX_PATH=${WORK}/moved")
 run_host("${WORK}/installed_consumer/consumer")
@@ -45,7 +55,6 @@ get_filename_component(pc_folder "${pc_file}" DIRECTORY)
 set(ENV{PKG_CONFIG_PATH} "${pc_folder}:$ENV{PKG_CONFIG_PATH}")
 run("${PKG_CONFIG}" --cflags --libs hostutil sqlite3)
 separate_arguments(flags UNIX_COMMAND "${output}")
-get_filename_component(library_folder "${pc_folder}" DIRECTORY)
 run("${CXX}" -std=c++17 "${SOURCE}/examples/minimal_host/main.cpp" -o pkg_config_consumer
     ${flags} "-Wl,-rpath,${library_folder}")
 run_host("${WORK}/pkg_config_consumer")
@@ -53,6 +62,7 @@ run_host("${WORK}/pkg_config_consumer")
 build(minimal_host "${SOURCE}/examples/minimal_host" "-DCMAKE_PREFIX_PATH=${WORK}/moved")
 file(RENAME "${WORK}/moved" "${WORK}/gone")  # from here on the libraries beside the executable have to do
 run_host("${WORK}/minimal_host/minimal_host")
+check_run_paths("${WORK}/minimal_host")
 
 # One build folder for both, so that the second way has nothing to compile.
 foreach(way add_subdirectory FetchContent)
