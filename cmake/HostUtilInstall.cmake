@@ -30,6 +30,8 @@ string(REGEX REPLACE "[^/]+" ".." HOSTUTIL_PREFIX_FROM_PC "${pkgconfig_folder}")
 configure_file(cmake/hostutil.pc.in "${PROJECT_BINARY_DIR}/hostutil.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/hostutil.pc" DESTINATION "${pkgconfig_folder}")
 
+install(FILES LICENSE DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/doc/hostutil" RENAME copyright)
+
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME hostutil)
 set(CPACK_PACKAGE_CONTACT "The HostUtil developers <hostutil@localhost>")

@@ -24,6 +24,7 @@ debian_packages() {
     docs) echo doxygen ;;
     package) echo dpkg-dev file ;;
     systems) echo git debootstrap ;;
+    libc++) echo clang libc++-dev libc++abi-dev googletest ;;
     foreign) echo g++-s390x-linux-gnu g++-aarch64-linux-gnu qemu-user-static ;;
     *) fail "no such group of packages: $1" ;;
   esac

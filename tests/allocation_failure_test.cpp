@@ -1,9 +1,8 @@
-// Every function of the library with each of its allocations failing in turn: it gives what its header says,
-// leaves no block, stream or statement behind, and the caller's own objects are whole.
+// Calls every function of the library once for each of its allocations, and lets that one fail: the result is
+// what the header says, no block, stream or statement leaks, and the caller's objects are unchanged.
 //
-// Links libHostUtil as a library, and replaces glibc's malloc and its family. Only what libHostUtil, libBasic
-// and the C++ library on their behalf allocate fails. Other libraries are spared: some of them abort when
-// they get no memory.
+// Links libHostUtil as a shared library and replaces malloc and its family. Only allocations of libHostUtil,
+// of libBasic and of the C++ library on their behalf fail: some other libraries abort without memory.
 
 #include <dlfcn.h>
 #include <glog/logging.h>
@@ -18,15 +17,15 @@
 
 namespace {
 
-// One call with failing allocations. It belongs to the thread that waits for the call's end, since the hooks
-// below still count while the calling thread's own objects go.
+// One call with failing allocations. Owned by the thread that joins the calling one, since the hooks below still
+// count while the calling thread's thread-local objects are destroyed.
 struct Trial {
   const LibraryCall* call;
   int at;        // the number, from 1, of the allocation inside the library that fails
-  bool onwards;  // whether every later one fails as well
+  bool onwards;  // whether every later one fails too
   int seen = 0;
-  int blocks = 0;                               // that the thread took and nobody gave back
-  std::string outcome = std::string(256, ' ');  // memory from outside the thread
+  int blocks = 0;                               // allocated by the thread and not freed
+  std::string outcome = std::string(256, ' ');  // allocated outside the thread, so that it is not counted
 };
 constinit thread_local Trial* trial = nullptr;
 
@@ -37,10 +36,10 @@ bool IsOurs(const void* code) {
          file.find("/libstdc++.") != file.npos;
 }
 
-// Whether the allocation asked for by the code at `caller` is one to fail.
+// Whether the allocation that the code at `caller` asks for has to fail.
 bool Fails(const void* caller) {
   if (trial == nullptr || !inside_library_call) return false;
-  static const void* ours = nullptr;  // dladdr is slow, and nearly always it is operator new that asks
+  static const void* ours = nullptr;  // dladdr is slow, and the caller is nearly always operator new
   if (caller != ours && !IsOurs(caller)) return false;
   ours = caller;
   return ++trial->seen == trial->at || (trial->onwards && trial->seen > trial->at);
@@ -62,7 +61,7 @@ void* RunTrial(void* argument) {
   return nullptr;
 }
 
-// Tries a call on a thread of its own, until after the thread's objects are gone.
+// Runs a call on a thread of its own and returns after the thread's objects are destroyed.
 Trial Try(const LibraryCall& call, int at, bool onwards) {
   Trial tried{&call, at, onwards};
   pthread_t thread;
@@ -74,7 +73,7 @@ Trial Try(const LibraryCall& call, int at, bool onwards) {
 TEST(AllocationFailure, OfEachAllocationInTurn) {
   FLAGS_minloglevel = google::NUM_SEVERITIES;
   for (const LibraryCall& call : EveryFunction()) {
-    Try(call, 0, false);  // what is made once in a process is made now
+    Try(call, 0, false);  // allocates what is allocated once per process
     for (const bool onwards : {false, true}) {
       bool failed = true;
       for (int at = 1; failed; ++at) {
@@ -83,7 +82,9 @@ TEST(AllocationFailure, OfEachAllocationInTurn) {
         failed = tried.seen >= at;
         EXPECT_EQ(tried.blocks, 0);
         EXPECT_THAT(failed ? call.failed : std::vector{call.result}, testing::Contains(tried.outcome));
-        EXPECT_TRUE(at > 1 || failed != call.failed.empty()) << "it asks for memory, or for none";
+        if (at == 1) {
+          EXPECT_EQ(failed, !call.failed.empty()) << "whether the call allocates at all";
+        }
       }
     }
   }
@@ -91,7 +92,7 @@ TEST(AllocationFailure, OfEachAllocationInTurn) {
 
 }  // namespace
 
-// glibc's own functions, and what stands in for them.
+// glibc's functions and their replacements.
 #pragma GCC visibility push(default)
 extern "C" {
 

@@ -1,4 +1,4 @@
-// Every function from eight threads at once; the thread sanitizer tells what they share.
+// Calls every function from eight threads at once; the thread sanitizer reports what they share.
 
 #include <glog/logging.h>
 
@@ -13,7 +13,7 @@
 
 namespace {
 
-// Calls everything, with objects of the thread's own in pools outside the one that the calls fill.
+// Objects in the pools around the innermost one must survive the calls.
 void Work(char letter) {
   const std::string path = "/" + std::string(100, letter) + "/";
   Foundation::String* const outside = Foundation::StringWithUtf8(path.c_str());

@@ -1,5 +1,6 @@
 #include "common/big_endian_bit_converter.h"
 
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <type_traits>

@@ -3,6 +3,8 @@
 #include <sqlite3.h>
 
 #include <concepts>
+#include <cstring>
+#include <functional>
 #include <numeric>
 #include <regex>
 
@@ -22,7 +24,7 @@ template <auto kFunction>
 using Calls = std::integral_constant<decltype(kFunction), kFunction>;
 using Node = std::unique_ptr<void, Calls<&plist_free>>;
 
-// Long enough that no string keeps them in itself.
+// Too long for a string's internal buffer, so that every copy allocates.
 constexpr char kPath[] =
     "/a folder with a long name/another one/a file with a long name.and a long extension";
 const std::string kFolder = "/a folder with a long name/another one/";
@@ -33,19 +35,18 @@ const std::string kLong = "a text that is longer than a string object itself";
 const std::string kBinaryList(
     "bplist00\xA2\1\2QaQb\x08\x0B\x0D\0\0\0\0\0\0\1\1\0\0\0\0\0\0\0\3\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\x0F", 50);
 
-// While it lives, the thread is in the library.
 struct Inside {
   Inside() { inside_library_call = true; }
   ~Inside() { inside_library_call = false; }
 };
 
-// Makes a call inside the library, which allocates nothing of its own.
+// REQUIRES: `call` allocates only in the library.
 template <typename Call>
 auto Within(Call call) {
   return Inside(), call();
 }
 
-// A result as a text to compare. A block or a node is freed, as the caller has to.
+// A result as text. Blocks and nodes are freed, as the caller of the library has to.
 struct Text {
   static std::string Of(std::string text) { return text; }
   static std::string Of(const std::pair<std::string, std::string>& texts) {
@@ -72,7 +73,7 @@ auto OnFile(Function function, std::string contents) {
   };
 }
 
-// What `change` makes of a text, which stays as it was when the call throws.
+// `before` after `change`; a call that throws must leave it unchanged.
 template <typename Change>
 auto Changed(const std::string& before, Change change) {
   return [=] {
@@ -94,7 +95,7 @@ auto Match(const std::string& pattern) {
   });
 }
 
-// A split that throws has added the fields before the one it had no memory for.
+// A split that throws has appended the fields before the one that it could not allocate.
 std::string Split() {
   std::vector<std::string> fields = {kName};
   const std::string all = kName + kLong + kName;
@@ -114,7 +115,7 @@ std::string TwoLevelPath() {
   return Call(&ConcatBackupFilePath, root.c_str(), kLong.c_str(), true, true)().substr(root.size());
 }
 
-// A statement that stays open keeps the database, as blocks that nobody frees.
+// A statement that is never finalized keeps the database, which then shows as blocks that are never freed.
 std::string CheckTable(const char* column) {
   sqlite3* opened = nullptr;
   sqlite3_open(":memory:", &opened);
@@ -124,32 +125,60 @@ std::string CheckTable(const char* column) {
   return std::to_string(static_cast<int>(result.table)) + std::to_string(static_cast<int>(result.column));
 }
 
-// The helpers for nodes, whose allocations are all libplist's.
-std::uint64_t BuildTree() {
-  const Node root(plist_new_dict());
-  const Node list(plist_new_array());
-  AppendPlistArrayString(list.get(), kLong.c_str());
-  InsertPlistDictString(root.get(), "a", kLong.c_str());
-  AddNoneValuePlistDictString(root.get(), "b", nullptr);
-  plist_free(PlistCopyZero(list.get()));
-  plist_free(PlistCopyEmptyString(nullptr));
-  PrintPlist(root.get());
-  plist_dict_set_item(root.get(), "c", plist_new_uint(3));
-  return GetDictOrUidIntegerValue(root.get(), "c") + GetIntegerValue(plist_dict_get_item(root.get(), "c"));
+std::string TextOf(plist_t node) {
+  char* text = nullptr;
+  plist_get_string_val(node, &text);
+  return Take(text).value_or("no text");
 }
 
-// What allocates nothing.
-std::int64_t Ask(const std::string& text) {
-  const unsigned char bytes[] = {0, 0, 0, 0, 0, 0, 0, 1};
-  const RgbColor color = ColorHexToRGB("#010203");
-  const char* const begin = text.c_str();
-  return ToInt16(bytes, 6) + ToUInt16(bytes, 6) + ToInt32(bytes, 4) + std::int64_t{ToUInt32(bytes, 4)} +
-         ToInt64(bytes, 0) + CompareI(begin, begin) + StartWith(text, begin) + EndWith(text, begin) +
-         IsPhoneFormat("1", ',') + isNotPhoneNumberChar('a') + color.red + color.green + color.blue +
-         GetZeroIntIsNull("1") + GetZeroLongIsNull("1") + (Base64Decode("YQ==", 4) == "a") +
-         GetFileCreateTime("a", "b").empty() + (MemMem(begin, 9, begin + 5, 3) == begin + 5);
+std::string Append(const char* value) {
+  const Node array(plist_new_array());
+  Within([&] { AppendPlistArrayString(array.get(), value); });
+  return TextOf(plist_array_get_item(array.get(), 0));
 }
 
+template <typename Insert>
+std::string Inserted(Insert insert, const char* value) {
+  const Node dict(plist_new_dict());
+  Within([&] { insert(dict.get(), "key", value); });
+  return TextOf(plist_dict_get_item(dict.get(), "key"));
+}
+
+template <typename Copy>
+std::string CopyOf(Copy copy, const char* text) {
+  const Node original(plist_new_string(text));
+  const Node copied(Within([&] { return copy(original.get()); }));
+  return TextOf(copied.get());
+}
+
+std::string Print() {
+  const Node text(plist_new_string("printed"));
+  Within([&] { PrintPlist(text.get()); });
+  return "done";
+}
+
+std::string UidOf() {
+  const Node uid(plist_new_uid(7));
+  return std::to_string(Within([&] { return GetDictOrUidIntegerValue(uid.get(), nullptr); }));
+}
+
+std::string IntegerOf() {
+  const Node integer(plist_new_uint(7));
+  return std::to_string(Within([&] { return GetIntegerValue(integer.get()); }));
+}
+
+std::string ColorOf(const char* code) {
+  const RgbColor color = Within([&] { return ColorHexToRGB(code); });
+  return std::to_string(color.red) + ' ' + std::to_string(color.green) + ' ' + std::to_string(color.blue);
+}
+
+std::string OffsetOf(const char* pattern) {
+  const auto* const found =
+      Within([&] { return MemMem(kPath, sizeof kPath, pattern, std::strlen(pattern)); });
+  return std::to_string(static_cast<const char*>(found) - kPath);
+}
+
+const unsigned char kEleven[] = {0, 0, 0, 0, 0, 0, 0, 11};
 const unsigned char kBytes[] = {0, 'c', 'b', 'a'};
 const std::vector<std::string> kNull = {"null"};
 
@@ -191,7 +220,32 @@ const std::vector<LibraryCall>& EveryFunction() {
       {"ReadPlist, damaged", OnFile(&ReadPlist, "bplist00 and what is none"), "null", kNull},
       {"IsBinPlist", OnFile(&IsBinPlist, "bplist00"), "1", {}},
       {"ReverseBytes", Call(&ReverseBytes, kBytes, 0, 4), "abc", kNull},
-      {"helpers for nodes", Call(&BuildTree), "6", {}},
-      {"questions", Call(&Ask, kLong), "19", {}}};
+      {"AppendPlistArrayString", [] { return Append("a"); }, "a", {}},
+      {"InsertPlistDictString", [] { return Inserted(&InsertPlistDictString, "a"); }, "a", {}},
+      {"AddNoneValuePlistDictString",
+       [] { return Inserted(&AddNoneValuePlistDictString, ""); },
+       "(None)",
+       {}},
+      {"PlistCopyZero", [] { return CopyOf(&PlistCopyZero, "a"); }, "a", {}},
+      {"PlistCopyEmptyString", [] { return CopyOf(&PlistCopyEmptyString, "a"); }, "a", {}},
+      {"PrintPlist", &Print, "done", {}},
+      {"GetIntegerValue", &IntegerOf, "7", {}},
+      {"GetDictOrUidIntegerValue", &UidOf, "7", {}},
+      {"ToInt16", Call(&ToInt16, kEleven, 6), "11", {}},
+      {"ToUInt16", Call(&ToUInt16, kEleven, 6), "11", {}},
+      {"ToInt32", Call(&ToInt32, kEleven, 4), "11", {}},
+      {"ToUInt32", Call(&ToUInt32, kEleven, 4), "11", {}},
+      {"ToInt64", Call(&ToInt64, kEleven, 0), "11", {}},
+      {"CompareI", Call(&CompareI, kPath, kPath), "0", {}},
+      {"StartWith", Call(&StartWith, std::cref(kLong), "a text"), "1", {}},
+      {"EndWith", Call(&EndWith, std::cref(kLong), "itself"), "1", {}},
+      {"IsPhoneFormat", Call(&IsPhoneFormat, "0123456789,1", ','), "1", {}},
+      {"isNotPhoneNumberChar", Call(&isNotPhoneNumberChar, 'a'), "1", {}},
+      {"ColorHexToRGB", [] { return ColorOf("#010203"); }, "1 2 3", {}},
+      {"GetZeroIntIsNull", Call(&GetZeroIntIsNull, "11"), "11", {}},
+      {"GetZeroLongIsNull", Call(&GetZeroLongIsNull, "11"), "11", {}},
+      {"Base64Decode", Call(&Base64Decode, "YQ==", 4U), "", {}},
+      {"GetFileCreateTime", Call(&GetFileCreateTime, "a", "b"), "", {}},
+      {"MemMem", [] { return OffsetOf("folder"); }, "3", {}}};
   return calls;
 }

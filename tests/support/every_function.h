@@ -1,5 +1,4 @@
-// Each function of the library called once, with the answer it has to give: for tests of what holds for all
-// of them.
+// A call of every function of the library with the expected result, for tests of what holds for all of them.
 
 #pragma once
 
@@ -10,12 +9,12 @@
 struct LibraryCall {
   const char* name;
   std::function<std::string()> call;
-  std::string result;  // with all the memory it wants
-  // What a call may give that got no memory; empty: it asks for none.
+  std::string result;  // when no allocation fails
+  // The possible outcomes when an allocation fails; empty for a call that allocates nothing.
   std::vector<std::string> failed = {"bad_alloc"};
 };
 
 const std::vector<LibraryCall>& EveryFunction();
 
-// Whether the calling thread is in the library rather than in the test around it.
+// Whether the calling thread is in the library, not in the test code around it.
 inline constinit thread_local bool inside_library_call = false;

@@ -4,7 +4,7 @@
 
 namespace {
 
-// Only an override counts, so that calls from several threads on the stand-in touch nothing shared.
+// Counts only calls of a replacement, so that threads that call the stand-in share nothing.
 template <typename Service>
 Service* Ask(Service* standard) {
   if (service_in_place<Service> == nullptr) return standard;

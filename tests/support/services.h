@@ -1,4 +1,4 @@
-// The three accessors of the basic services for tests: what a test has put in place, else the stand-in's own.
+// The accessors of the basic services, for tests: each returns a test's replacement, or else the stand-in's service.
 //
 //   ServiceOverride<IBasUtilityFile> file(&recording_file_service);
 
@@ -6,13 +6,13 @@
 
 #include "common/basic/basic_services.h"
 
-// The service that a test has put in place, and how many times the accessor gave it.
+// A test's replacement, and how often the accessor returned it.
 template <typename Service>
 inline Service* service_in_place = nullptr;
 template <typename Service>
 inline int accessor_calls = 0;
 
-// Puts a service in place as long as it lives, and counts from zero. Not for tests with several threads.
+// Replaces a service while it lives, and counts from zero. Not thread-safe.
 template <typename Service>
 struct ServiceOverride {
   explicit ServiceOverride(Service* service) { service_in_place<Service> = service; }

@@ -1,4 +1,4 @@
-// A folder of its own for a test, gone with it, and the few file operations that tests need.
+// A temporary folder that is removed at the end of a test, and the file operations that tests need.
 
 #pragma once
 

@@ -1,5 +1,4 @@
-// What most tests start with: GoogleTest, the standard headers that they all use, and what several of them do
-// alike.
+// GoogleTest, the standard headers and the helpers that most tests use.
 
 #pragma once
 
@@ -19,7 +18,7 @@
 #include <utility>
 #include <vector>
 
-// Takes over a block from malloc and gives its text, or nothing for null.
+// The text of a block from malloc, which is freed; none for null.
 inline std::optional<std::string> Take(char* block) {
   const std::unique_ptr<char, decltype(&std::free)> owner(block, &std::free);
   return block != nullptr ? std::optional<std::string>(block) : std::nullopt;
@@ -31,7 +30,7 @@ inline std::string Times(std::size_t times, const std::string& text) {
   return repeated;
 }
 
-// Runs `work` on a thread with a stack of so many bytes.
+// Runs `work` on a thread whose stack has `bytes` bytes.
 inline void RunOnStack(std::size_t bytes, void (*work)()) {
   pthread_attr_t attributes;
   pthread_t thread;
