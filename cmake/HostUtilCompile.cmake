@@ -1,16 +1,16 @@
-# How every target of this project is compiled: warnings as errors, hidden symbols, the sanitizers that were asked for,
-# and a run path that finds the libraries beside the executable.
+# Compile options of every target: warnings as errors, hidden symbols, sanitizers on request, and a run path
+# to the executable's own folder.
 
 add_library(hostutil_compile INTERFACE)
 target_compile_options(hostutil_compile INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wcast-align -Wcast-qual -Wformat=2
   -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual -Wundef -Wunused -Wdouble-promotion
   -Wimplicit-fallthrough
-  # GCC 12, optimising, warns of what it put together itself when texts are joined by "+".
+  # False positives of an optimising GCC 12 for std::string concatenation.
   $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>)
 target_include_directories(hostutil_compile INTERFACE "${PROJECT_SOURCE_DIR}/src")
 
-# Not where another project builds this one, perhaps with a compiler that nobody here has seen.
+# Only here: another project may build this one with a compiler that has new warnings.
 if(PROJECT_IS_TOP_LEVEL AND NOT DEFINED CMAKE_COMPILE_WARNING_AS_ERROR)
   set(CMAKE_COMPILE_WARNING_AS_ERROR ON)
 endif()
@@ -18,7 +18,7 @@ endif()
 if(HOSTUTIL_SANITIZE)
   target_compile_options(hostutil_compile INTERFACE
     -fsanitize=${HOSTUTIL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer
-    $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)  # what the sanitizers add hides initialisations from it
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)  # false positives in instrumented code
   target_link_options(hostutil_compile INTERFACE -fsanitize=${HOSTUTIL_SANITIZE})
 endif()
 
@@ -32,7 +32,7 @@ if(APPLE)
 else()
   set(HOSTUTIL_ORIGIN "$ORIGIN")
 endif()
-# Linked with the run path that is installed: CMake would reserve its room with colons in the build tree, and the loader
-# takes the empty element between two colons for the current folder, which may be an untrusted backup.
+# The build tree uses the installed run path. Otherwise CMake pads the build tree's with colons, and the
+# loader takes the empty element between two colons for the current folder, which may be an untrusted backup.
 set(CMAKE_BUILD_WITH_INSTALL_RPATH ON)
 set(CMAKE_INSTALL_RPATH "${HOSTUTIL_ORIGIN}")

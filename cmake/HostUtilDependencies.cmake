@@ -1,12 +1,12 @@
-# The libraries that libHostUtil and the libBasic stand-in call, as imported targets.
+# Imported targets for the libraries that libHostUtil and the libBasic stand-in call.
 
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(HOSTUTIL_PLIST REQUIRED IMPORTED_TARGET libplist-2.0)
 pkg_check_modules(HOSTUTIL_SQLITE REQUIRED IMPORTED_TARGET sqlite3)
 find_package(glog QUIET)
 if(NOT TARGET glog::glog)
-  # Its package also wants the headers of one unwinder, which the package of another takes the place of. A shared glog does
-  # without.
+  # glog's CMake package requires the headers of one unwinder, which conflict with those of another; linking a
+  # shared glog needs neither.
   find_path(HOSTUTIL_GLOG_HEADERS glog/logging.h REQUIRED)
   find_library(HOSTUTIL_GLOG_LIBRARY glog REQUIRED)
   add_library(glog::glog UNKNOWN IMPORTED)

@@ -1,5 +1,5 @@
-# Installing and packaging: the libraries, the public headers, the CMake package, the pkg-config file, a .deb. All of it
-# can be moved to another prefix afterwards.
+# Installing and packaging: libraries, public headers, CMake package, pkg-config file, .deb. The installation
+# is relocatable.
 
 include(CMakePackageConfigHelpers)
 
@@ -8,10 +8,10 @@ set(pkgconfig_folder "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 
 install(TARGETS HostUtil EXPORT HostUtilTargets
         LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
-        INCLUDES DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/hostutil"  # for CMake before 3.23, which knows no file sets
+        INCLUDES DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/hostutil"  # for consumers with CMake before 3.23
         FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/hostutil")
 if(HOSTUTIL_BASIC_LIBRARY)
-  # A copy, so that the installed program and the package's targets find it wherever the prefix goes.
+  # A copy inside the prefix, so that the installation stays relocatable.
   install(CODE "file(INSTALL \"${HOSTUTIL_BASIC_LIBRARY}\" TYPE SHARED_LIBRARY FOLLOW_SYMLINK_CHAIN
     DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}\")")
 else()
@@ -22,7 +22,8 @@ install(EXPORT HostUtilTargets NAMESPACE HostUtil:: DESTINATION "${cmake_folder}
 configure_package_config_file(cmake/HostUtilConfig.cmake.in "${PROJECT_BINARY_DIR}/HostUtilConfig.cmake"
                               INSTALL_DESTINATION "${cmake_folder}" PATH_VARS CMAKE_INSTALL_LIBDIR
                               NO_CHECK_REQUIRED_COMPONENTS_MACRO)
-write_basic_package_version_file("${PROJECT_BINARY_DIR}/HostUtilConfigVersion.cmake" COMPATIBILITY SameMajorVersion)
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/HostUtilConfigVersion.cmake"
+                                 COMPATIBILITY SameMajorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/HostUtilConfig.cmake" "${PROJECT_BINARY_DIR}/HostUtilConfigVersion.cmake"
         DESTINATION "${cmake_folder}")
 

@@ -1,11 +1,13 @@
-# HostUtil::Basic as HOSTUTIL_BASIC_LIBRARY gives it, and what the installed package has to know to define it again.
+# HostUtil::Basic from HOSTUTIL_BASIC_LIBRARY, and the variables with which the installed package defines it
+# again.
 
 set(name "${CMAKE_SHARED_LIBRARY_PREFIX}Basic${CMAKE_SHARED_LIBRARY_SUFFIX}")
 if(NOT EXISTS "${HOSTUTIL_BASIC_LIBRARY}" OR NOT HOSTUTIL_BASIC_LIBRARY MATCHES "/${name}$")
-  message(FATAL_ERROR "HOSTUTIL_BASIC_LIBRARY must be the path of a file ${name}, not ${HOSTUTIL_BASIC_LIBRARY}")
+  message(FATAL_ERROR
+    "HOSTUTIL_BASIC_LIBRARY must be the path of a file ${name}, not ${HOSTUTIL_BASIC_LIBRARY}")
 endif()
 
-# A library without a SONAME has to be linked by its name, or else its path is recorded in what links it.
+# Without a SONAME the linker would record the library's path, so it is linked by name.
 set(soname IMPORTED_NO_SONAME TRUE)
 if(CMAKE_OBJDUMP AND NOT APPLE)
   execute_process(COMMAND "${CMAKE_OBJDUMP}" -p "${HOSTUTIL_BASIC_LIBRARY}"

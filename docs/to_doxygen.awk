@@ -1,5 +1,6 @@
-# A public header as Doxygen wants it: its plain comments become documentation of what they stand in front of or behind.
-# A record is what lies between two empty lines: a comment and its declarations, which share it when there are several.
+# Filters a public header for Doxygen: plain comments become documentation comments of the declarations that
+# follow them or share their line. A record ends at an empty line: one comment, and the declarations that it
+# documents.
 
 BEGIN { RS = ""; FS = "\n" }
 
@@ -9,7 +10,7 @@ BEGIN { RS = ""; FS = "\n" }
   if (shared) print "///@{"
   for (i = 1; i <= NF; ++i) {
     line = $i
-    sub(/^ *\/\/   /, "&  ", line)  # an example: Markdown wants four blanks
+    sub(/^ *\/\/   /, "&  ", line)  # an example: four blanks in Markdown
     if (line ~ /^ *\/\//) sub(/\/\//, "///", line)
     else if (line !~ /^}/) sub(/  \/\/ /, "  ///< ", line)
     print line

@@ -1,4 +1,4 @@
-// A pool for each step of a long loop, so that the objects of all of them do not pile up.
+// A pool for each step of a long loop, so that its objects are released at the end of the step.
 
 #include "platform/autorelease_pool.h"
 

@@ -1,4 +1,4 @@
-// Where a backup stores a file. The identifier is what the libBasic stand-in gives.
+// Where a backup stores a file. The identifier is the SHA-1 digest of the libBasic stand-in.
 
 #include "common/utils/backup_layout.h"
 

@@ -1,4 +1,4 @@
-// Asking the host's basic services, as the library itself does.
+// Calls a basic service as the library does.
 
 #include "common/basic/basic_services.h"
 

@@ -1,4 +1,4 @@
-// A 16-bit integer at an odd place.
+// Decodes a 16-bit integer at an odd index.
 
 #include "common/big_endian_bit_converter.h"
 

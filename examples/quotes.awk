@@ -1,5 +1,5 @@
-# Every line of code that a header's first comment or README.md shows must stand in an example, where it is compiled;
-# and where a result is shown behind it, the example must test for that. Blanks do not count.
+# Checks that every line of code in a header's first comment and in README.md is part of a compiled example,
+# and that a result shown in a comment after it is tested there. Ignores white space.
 #
 #   awk -f quotes.awk EXAMPLE... quoting=1 HEADER... README.md
 
@@ -33,7 +33,9 @@ function check(line,    code, result) {
   code = line
   sub(/ *(\/\/.*|\.\.\.)$/, "", code)
   result = line
-  if (sub(/^.*[^; ]  +\/\/ /, "", result) && result ~ /^("[^"]*"|[0-9]+|0x[0-9A-F]+)$/) code = code "==" result
+  if (sub(/^.*[^; ]  +\/\/ /, "", result) && result ~ /^("[^"]*"|[0-9]+|0x[0-9A-F]+)$/) {
+    code = code "==" result
+  }
   if (index(examples, packed(code)) == 0) complain(FILENAME ": in no example: " code)
 }
 

@@ -1,4 +1,5 @@
-// What the fuzz targets share: texts in blocks of their exact size, and a check that counts as a finding.
+// Helpers of the fuzz targets: texts in blocks of their exact size, and a check that is a finding when it
+// fails.
 
 #pragma once
 
@@ -12,14 +13,14 @@
 
 namespace Fuzz {
 
-// Ends the process, which the fuzzer keeps the input of, when `holds` is false.
+// Aborts unless `holds`; libFuzzer then saves the input.
 inline void Require(bool holds, const char* what) {
   if (holds) return;
-  std::fprintf(stderr, "not so: %s\n", what);
+  std::fprintf(stderr, "check failed: %s\n", what);
   std::abort();
 }
 
-// A copy whose block ends with its NUL, so that the address sanitizer sees a read of even one byte beyond.
+// A copy in a block that ends with its NUL, so that the address sanitizer finds a read of one byte past it.
 class Text {
  public:
   explicit Text(std::string_view bytes) : bytes_(bytes.begin(), bytes.end()) {
@@ -32,7 +33,7 @@ class Text {
   std::vector<char> bytes_;
 };
 
-// The first line of `rest`, which is taken off it together with its newline.
+// Removes the first line of `rest`, with its newline, and returns it.
 inline std::string_view TakeLine(std::string_view& rest) {
   const std::size_t end = std::min(rest.find('\n'), rest.size());
   const std::string_view line = rest.substr(0, end);

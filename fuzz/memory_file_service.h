@@ -1,5 +1,4 @@
-// A file service whose only file is a piece of memory: every path names it. For targets that feed bytes to
-// functions which read files.
+// A file service with one file in memory, which every path names: for functions that read files.
 
 #pragma once
 
@@ -11,7 +10,7 @@
 
 class MemoryFileService final : public IBasUtilityFile {
  public:
-  // The bytes stay the caller's and must live until the next call of this.
+  // Does not copy: `bytes` must stay valid until the next call.
   void SetContents(const std::uint8_t* bytes, std::size_t size) {
     bytes_ = bytes;
     size_ = size;

@@ -1,10 +1,10 @@
-# What the scripts share. Sourced, never run:
+# Functions for the other scripts, which source it:
 #
 #   source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
-#   need build test            # installs what is missing of these groups of packages
+#   need build test            # installs the missing packages of these groups
 #   build_preset release       # configures and builds the preset into build/release
 #
-# Defines $root, the checkout, and goes there, so that every script works from any folder.
+# Sets $root, the checkout, and changes to it, so that every script works from any folder.
 
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -15,8 +15,8 @@ fail() { printf '%s: %s\n' "$(basename "$0")" "$*" >&2; exit 1; }
 
 debian_packages() {
   case $1 in
-    build) echo g++ make cmake ninja-build pkg-config libplist-dev libgoogle-glog-dev libsqlite3-dev nettle-dev uuid-dev \
-                libcli11-dev nlohmann-json3-dev libfmt-dev help2man ;;
+    build) echo g++ make cmake ninja-build pkg-config libplist-dev libgoogle-glog-dev libsqlite3-dev \
+                nettle-dev uuid-dev libcli11-dev nlohmann-json3-dev libfmt-dev help2man ;;
     test) echo libgtest-dev libgmock-dev ;;
     check) echo git clang-format-14 clang-tidy-14 clang-14 ;;
     bench) echo libbenchmark-dev libabsl-dev libboost-dev gnuplot-nox ;;
@@ -54,7 +54,7 @@ is_installed() {
   fi
 }
 
-# Asks a package server only when something is missing.
+# Uses the network only when a package is missing.
 need() {
   local list=brew_packages group package missing=()
   if [ "$(uname)" != Darwin ]; then
@@ -72,15 +72,16 @@ need() {
     brew install "${missing[@]}"
   else
     as_root apt-get update -qq
-    as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+    as_root env DEBIAN_FRONTEND=noninteractive \
+      apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
   fi
 }
 
-# A preset and further arguments for its configuration.
+# Arguments: a preset, then options for its configuration.
 build_preset() {
   local preset=$1
   shift
-  local generator=()  # macOS's bash takes an empty array for an unset one
+  local generator=()  # expanded with "+" below: macOS's bash treats an empty array as unset
   command -v ninja >/dev/null && [ ! -e "build/$preset/CMakeCache.txt" ] && generator=(-G Ninja)
   cmake --preset "$preset" ${generator[@]+"${generator[@]}"} "$@" --log-level=WARNING >/dev/null
   cmake --build --preset "$preset" --parallel "$(getconf _NPROCESSORS_ONLN)"

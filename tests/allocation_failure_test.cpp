@@ -17,8 +17,8 @@
 
 namespace {
 
-// One call with failing allocations. Owned by the thread that joins the calling one, since the hooks below still
-// count while the calling thread's thread-local objects are destroyed.
+// One call with failing allocations. Owned by the thread that joins the calling one, since the hooks below
+// still count while the calling thread's thread-local objects are destroyed.
 struct Trial {
   const LibraryCall* call;
   int at;        // the number, from 1, of the allocation inside the library that fails

@@ -1,5 +1,5 @@
-# Fails when a program or library has a run path with an element that is neither absolute nor relative to its own folder:
-# the loader takes an empty one for the current folder and would run the code of a library that lies there.
+# Fails when a program or library has a run path with an element that is neither absolute nor relative to its
+# own folder: the loader takes an empty one for the current folder and would load a library from there.
 #
 # FOLDERS: where the binaries are. READELF: the tool.
 

@@ -1,10 +1,12 @@
-# Builds and runs the minimal host with HostUtil reached in every way that is promised: from an installation that was
-# moved, by CMake and by pkg-config, and from the source.
+# Builds and runs the minimal host with every supported way to find HostUtil: in a moved installation by CMake
+# and by pkg-config, and from the sources.
 #
-# BUILD: the build folder to install. SOURCE: the project. WORK: a scratch folder. GENERATOR, CXX, PKG_CONFIG, READELF: the tools.
+# BUILD: the build folder to install. SOURCE: the project. WORK: a scratch folder. GENERATOR, CXX, PKG_CONFIG,
+# READELF: the tools.
 
 file(REMOVE_RECURSE "${WORK}")
-file(WRITE "${WORK}/Info.plist" "<plist version=\"1.0\"><dict><key>Device Name</key><string>Phone</string></dict></plist>")
+file(WRITE "${WORK}/Info.plist"
+     "<plist version=\"1.0\"><dict><key>Device Name</key><string>Phone</string></dict></plist>")
 
 function(run)
   execute_process(COMMAND ${ARGN} WORKING_DIRECTORY "${WORK}" RESULT_VARIABLE result
@@ -27,7 +29,8 @@ function(run_host program)
 endfunction()
 
 function(build folder source)
-  run("${CMAKE_COMMAND}" -S "${source}" -B "${folder}" -G "${GENERATOR}" "-DCMAKE_CXX_COMPILER=${CXX}" ${ARGN})
+  run("${CMAKE_COMMAND}" -S "${source}" -B "${folder}" -G "${GENERATOR}" "-DCMAKE_CXX_COMPILER=${CXX}"
+      ${ARGN})
   run("${CMAKE_COMMAND}" --build "${folder}" --parallel 2)
 endfunction()
 
@@ -60,11 +63,11 @@ run("${CXX}" -std=c++17 "${SOURCE}/examples/minimal_host/main.cpp" -o pkg_config
 run_host("${WORK}/pkg_config_consumer")
 
 build(minimal_host "${SOURCE}/examples/minimal_host" "-DCMAKE_PREFIX_PATH=${WORK}/moved")
-file(RENAME "${WORK}/moved" "${WORK}/gone")  # from here on the libraries beside the executable have to do
+file(RENAME "${WORK}/moved" "${WORK}/gone")  # only the copies in the executable's folder are left
 run_host("${WORK}/minimal_host/minimal_host")
 check_run_paths("${WORK}/minimal_host")
 
-# One build folder for both, so that the second way has nothing to compile.
+# One build folder for both, so that the second way compiles nothing.
 foreach(way add_subdirectory FetchContent)
   build(source_consumer "${consumer}" -DWAY=${way})
   run_host("${WORK}/source_consumer/consumer")

@@ -1,4 +1,5 @@
-// The accessors of the basic services, for tests: each returns a test's replacement, or else the stand-in's service.
+// The accessors of the basic services, for tests: each returns a test's replacement, or else the stand-in's
+// service.
 //
 //   ServiceOverride<IBasUtilityFile> file(&recording_file_service);
 
