@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "commands.h"
+#include "common/libplist.h"
 #include "common/plist_util.h"
 #include "common/utils.h"
 #include "library_text.h"
@@ -21,13 +22,7 @@ std::optional<std::string> DeviceValue(plist_t node) {
     plist_get_string_val(node, &text);
     return Taken(text);
   }
-  if (plist_get_node_type(node) == PLIST_DATE) {
-    constexpr long kFrom1970To2001 = 978307200;
-    std::int32_t seconds = 0;
-    std::int32_t microseconds = 0;
-    plist_get_date_val(node, &seconds, &microseconds);
-    return Utils::ConvertUtcToLocalDate(seconds + kFrom1970To2001);
-  }
+  if (plist_get_node_type(node) == PLIST_DATE) return Utils::ConvertUtcToLocalDate(Libplist::DateOf(node));
   return std::nullopt;
 }
 

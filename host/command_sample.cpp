@@ -8,6 +8,7 @@
 
 #include "backup_files.h"
 #include "commands.h"
+#include "common/libplist.h"
 #include "common/plist_util.h"
 #include "common/utils.h"
 #include "library_text.h"
@@ -120,8 +121,8 @@ class Sample {
     PlistUtil::InsertPlistDictString(info.get(), "Product Type", "Sample1,1");
     PlistUtil::InsertPlistDictString(info.get(), "Product Version", "1.0");
     PlistUtil::InsertPlistDictString(info.get(), "Serial Number", "SAMPLE000001");
-    constexpr std::int32_t kFrom2001 = 721656000;  // 2023-11-14 12:00:00 UTC, counted from 2001
-    plist_dict_set_item(info.get(), "Last Backup Date", plist_new_date(kFrom2001, 0));
+    constexpr long kLastBackup = 1'699'963'200;  // 2023-11-14 12:00:00 UTC
+    plist_dict_set_item(info.get(), "Last Backup Date", Libplist::NewDate(kLastBackup));
     WriteFile(Taken(Utils::ConcatFilePath(root_.c_str(), "Info.plist")), XmlPlist(info.get()));
   }
 

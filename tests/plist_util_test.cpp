@@ -4,28 +4,33 @@
 #include <unistd.h>
 
 #include <iostream>
-#include <regex>
 
+#include "common/libplist.h"
 #include "support/services.h"
 #include "support/testing.h"
 
 namespace {
 
-using Node = std::unique_ptr<void, std::integral_constant<decltype(&plist_free), &plist_free>>;
+using Libplist::Node;
 
-// The node as XML, or as the given function of libplist writes it.
-std::string Written(const Node& node, decltype(&plist_to_xml) write = plist_to_xml) {
+// The node as `write` encodes it; two trees are equal when their texts are.
+std::string Encoded(const Node& node, decltype(&plist_to_xml) write) {
   char* bytes = nullptr;
   std::uint32_t length = 0;
   write(node.get(), &bytes, &length);
-  const std::unique_ptr<char, decltype(&std::free)> owner(bytes, &std::free);
+  const Libplist::Text owner(bytes);
   return {bytes, length};
 }
 
-// What stands between the plist tags of its XML, in one line, without the tags that end a text.
-std::string Body(const Node& node) {
-  return std::regex_replace(Written(node), std::regex("<[?!][^>]*>|</?plist[^>]*>|[\n\t]|</string>|</key>"),
-                            "");
+std::string Xml(const Node& node) {
+  return Encoded(node, plist_to_xml);
+}
+
+// The text of a string node; "(no string)" for any other node and for null.
+std::string StringOf(plist_t node) {
+  char* text = nullptr;
+  if (plist_get_node_type(node) == PLIST_STRING) plist_get_string_val(node, &text);
+  return Take(text).value_or("(no string)");
 }
 
 Node Sample() {
@@ -35,119 +40,218 @@ Node Sample() {
   return dict;
 }
 
-// The file "/a b", with contents that the test gives for its first open and for all later ones. Notes the
-// calls by letter. Its streams are real files, so that the descriptor tells whether one is still open.
-struct ScriptedFile final : IBasUtilityFile {
-  ScriptedFile(std::uint64_t bytes, std::string now, std::string then)
-      : size(bytes), contents(std::move(now)), later(std::move(then)) {}
+const std::string kXml = Xml(Sample());
+const std::string kBinary = Encoded(Sample(), plist_to_bin);
+constexpr std::uint64_t kFourGiB = 1ULL << 32;
+
+// What an open of the file finds; nothing: it fails.
+using Contents = std::optional<std::string>;
+
+// The only file of this service is "/a b". Its first open and all later ones may find different contents. The
+// streams are real files, so that the descriptor shows whether one is still open.
+class ScriptedFile final : public IBasUtilityFile {
+ public:
+  ScriptedFile(std::uint64_t size, Contents first, Contents later)
+      : size_(size), next_(std::move(first)), later_(std::move(later)) {}
 
   void CreateDirectory(const char*) override { ADD_FAILURE(); }
   std::uint64_t GetFileSize(const char* path) override {
-    return calls += std::string(path) == "/a b" ? 's' : '?', size;
+    EXPECT_STREQ(path, "/a b");
+    calls_.emplace_back("GetFileSize");
+    return size_;
   }
   std::FILE* OpenFile(const char* path, const char* mode) override {
-    EXPECT_EQ(std::string(path) + ' ' + mode, "/a b rb");
-    calls += IsOpen() ? "too early" : "o";
-    const std::string given = std::exchange(contents, later);
-    if (given == "refused") return nullptr;
+    EXPECT_STREQ(path, "/a b");
+    EXPECT_STREQ(mode, "rb");
+    EXPECT_FALSE(HasOpenStream()) << "two streams at a time";
+    calls_.emplace_back("OpenFile");
+    const Contents contents = std::exchange(next_, later_);
+    if (!contents) return nullptr;
     std::FILE* const stream = std::tmpfile();
-    descriptor = ::fileno(stream);
-    std::fwrite(given.data(), 1, given.size(), stream);
+    descriptor_ = ::fileno(stream);
+    std::fwrite(contents->data(), 1, contents->size(), stream);
     std::rewind(stream);
     return stream;
   }
-  std::string Calls() const { return calls + (IsOpen() ? " left open" : ""); }
-  bool IsOpen() const { return ::fcntl(descriptor, F_GETFD) != -1; }
-  std::uint64_t size;
-  std::string contents, later, calls;
-  int descriptor = -1;
+
+  const std::vector<std::string>& Calls() const { return calls_; }
+  bool HasOpenStream() const { return ::fcntl(descriptor_, F_GETFD) != -1; }
+
+ private:
+  std::uint64_t size_;
+  Contents next_, later_;
+  std::vector<std::string> calls_;
+  int descriptor_ = -1;
 };
 
-// The second open alone tells the encoding, and the other parser is no second chance. A size that is too
-// large counts all the same: zeros stand behind the contents, and the parsers are told its low 32 bits.
-TEST(ReadPlist, AsksOnceForTheSizeAndOpensTwice) {
-  const std::string xml = Written(Sample()), bin = Written(Sample(), plist_to_bin), none = "refused";
-  const std::uint64_t x = xml.size(), b = bin.size(), four_gib = 1ULL << 32;
-  const struct {
-    std::uint64_t size;
-    std::string first, later, outcome;  // the calls, and the tree if there is one
-  } cases[] = {{x, xml, xml, "soo" + xml}, {b, bin, bin, "soo" + xml}, {x, xml, none, "soo" + xml},
-               {0, "", "", "s"},           {x, none, none, "so"},      {x + 100, xml, xml, "soo" + xml},
-               {b, bin, none, "soo"},      {x, xml, bin, "soo"},       {x + four_gib, xml, xml, "soo" + xml},
-               {x / 2, xml, xml, "soo"},   {b, bin, xml, "soo"},       {UINT64_MAX, xml, xml, "so"}};
-  for (const auto& c : cases) {
-    ScriptedFile file(c.size, c.first, c.later);
+struct ReadPlistCase {
+  const char* name;
+  std::uint64_t size;
+  Contents first_open, second_open;
+  std::size_t opens;
+  bool gives_tree;
+};
+
+TEST(ReadPlist, ReadsTheFirstOpenAndLetsTheSecondDecideTheEncoding) {
+  const ReadPlistCase cases[] = {
+      {"XML", kXml.size(), kXml, kXml, 2, true},
+      {"binary", kBinary.size(), kBinary, kBinary, 2, true},
+      {"empty", 0, "", "", 0, false},
+      {"cannot be opened", kXml.size(), std::nullopt, std::nullopt, 1, false},
+      {"XML, gone at the second open", kXml.size(), kXml, std::nullopt, 2, true},
+      {"binary, gone at the second open", kBinary.size(), kBinary, std::nullopt, 2, false},
+      {"XML, then binary", kXml.size(), kXml, kBinary, 2, false},
+      {"binary, then XML", kBinary.size(), kBinary, kXml, 2, false},
+      {"size too small", kXml.size() / 2, kXml, kXml, 2, false},
+      {"size of which the low 32 bits are right", kXml.size() + kFourGiB, kXml, kXml, 2, true},
+      {"size that no block can have", UINT64_MAX, kXml, kXml, 1, false},
+  };
+  for (const ReadPlistCase& each : cases) {
+    SCOPED_TRACE(each.name);
+    ScriptedFile file(each.size, each.first_open, each.second_open);
     const ServiceOverride<IBasUtilityFile> in_place(&file);
     const Node root(PlistUtil::ReadPlist("/a b"));
-    EXPECT_EQ(file.Calls() + (root != nullptr ? Written(root) : ""), c.outcome) << &c - cases;
-    EXPECT_EQ(in_place.AccessorCalls(), static_cast<int>(file.Calls().size()));
+    std::vector<std::string> calls(each.opens, "OpenFile");
+    calls.insert(calls.begin(), "GetFileSize");
+    EXPECT_EQ(file.Calls(), calls);
+    EXPECT_EQ(in_place.AccessorCalls(), static_cast<int>(calls.size()));
+    EXPECT_FALSE(file.HasOpenStream());
+    EXPECT_EQ(root != nullptr, each.gives_tree);
+    if (root != nullptr) {
+      EXPECT_EQ(Xml(root), kXml);
+    }
   }
-  EXPECT_TRUE(PlistUtil::ReadPlist(nullptr) == nullptr && PlistUtil::IsBinPlist(nullptr) == 0);
+}
+
+// Later releases of libplist reject the zeros after the end of the XML, earlier ones do not look at them.
+TEST(ReadPlist, FillsWithZerosWhatTheSizePromisesAndTheFileLacks) {
+  ScriptedFile file(kXml.size() + 100, kXml, kXml);
+  const ServiceOverride<IBasUtilityFile> in_place(&file);
+  const Node root(PlistUtil::ReadPlist("/a b"));
+  plist_t expected = nullptr;
+  const std::string bytes = kXml + std::string(100, '\0');
+  static_cast<void>(plist_from_xml(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &expected));
+  EXPECT_EQ(root != nullptr, Node(expected) != nullptr);
+  if (root != nullptr) {
+    EXPECT_EQ(Xml(root), kXml);
+  }
+}
+
+TEST(ReadPlist, TakesNullAsTheEmptyPath) {
+  EXPECT_EQ(PlistUtil::ReadPlist(nullptr), nullptr);
+  EXPECT_EQ(PlistUtil::IsBinPlist(nullptr), 0);
 }
 
 TEST(IsBinPlist, ComparesEightBytes) {
-  for (const std::string contents : {"bplist00+", "bplist0", "", "bplist01", "Bplist00", "refused"}) {
-    ScriptedFile file(0, contents, "opened again");
+  const struct {
+    Contents contents;
+    std::int32_t result;
+  } cases[] = {{"bplist00+", 1}, {"bplist0", 0},  {"", 0},
+               {"bplist01", 0},  {"Bplist00", 0}, {std::nullopt, 0}};
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.contents.value_or("cannot be opened"));
+    ScriptedFile file(0, each.contents, "not to be opened again");
     const ServiceOverride<IBasUtilityFile> in_place(&file);
-    EXPECT_EQ(PlistUtil::IsBinPlist("/a b"), contents == "bplist00+" ? 1 : 0) << contents;
-    EXPECT_EQ(file.Calls(), "o");
+    EXPECT_EQ(PlistUtil::IsBinPlist("/a b"), each.result);
+    EXPECT_EQ(file.Calls(), std::vector<std::string>{"OpenFile"});
+    EXPECT_FALSE(file.HasOpenStream());
   }
 }
 
-// Leaks, if any, are the leak sanitizer's to find.
-TEST(StringNodes, StandInForWhatIsMissingInTheRightContainersOnly) {
+TEST(StringNodes, ReplaceMissingAndEmptyValues) {
+  const struct {
+    const char* name;
+    const char* value;
+    const char* inserted;
+    const char* none_inserted;
+  } cases[] = {{"null", nullptr, "", "(None)"},
+               {"empty", "", "", "(None)"},
+               {"blank", " ", " ", " "},
+               {"text", "x", "x", "x"}};
   const Node dict(plist_new_dict()), array(plist_new_array());
-  const char* const cases[][3] = {{"a", "b", "old"}, {"a", "b", "x"},     {"c", "d", " "},
-                                  {"e", "f", ""},    {"g", "h", nullptr}, {nullptr, nullptr, "y"}};
-  for (const auto& [key, other_key, value] : cases) {
-    for (const plist_t node : {plist_t{nullptr}, plist_t{dict.get()}, plist_t{array.get()}}) {
-      PlistUtil::InsertPlistDictString(node, key, value);
-      PlistUtil::AddNoneValuePlistDictString(node, other_key, value);
-      PlistUtil::AppendPlistArrayString(node, value);
-    }
+  std::uint32_t count = 0;
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.name);
+    // The same keys each time: a later value replaces the earlier one.
+    PlistUtil::InsertPlistDictString(dict.get(), "insert", each.value);
+    PlistUtil::AddNoneValuePlistDictString(dict.get(), "add", each.value);
+    PlistUtil::AppendPlistArrayString(array.get(), each.value);
+    EXPECT_EQ(StringOf(plist_dict_get_item(dict.get(), "insert")), each.inserted);
+    EXPECT_EQ(StringOf(plist_dict_get_item(dict.get(), "add")), each.none_inserted);
+    EXPECT_EQ(StringOf(plist_array_get_item(array.get(), count)), each.inserted);
+    EXPECT_EQ(plist_array_get_size(array.get()), ++count);
   }
-  EXPECT_EQ(
-      Body(dict) + Body(array),
-      "<dict><key>a<string>x<key>b<string>x<key>c<string> <key>d<string> <key>e<string><key>f<string>(None)"
-      "<key>g<string><key>h<string>(None)</dict><array><string>old<string>x<string> <string><string>"
-      "<string>y</array>");
+  EXPECT_EQ(plist_dict_get_size(dict.get()), 2U);
 }
 
-TEST(Copies, StandInForNull) {
-  const Node sample = Sample(), one(PlistUtil::PlistCopyZero(sample.get())),
-             other(PlistUtil::PlistCopyEmptyString(sample.get())), zero(PlistUtil::PlistCopyZero(nullptr)),
-             empty(PlistUtil::PlistCopyEmptyString(nullptr));
-  EXPECT_EQ(Body(one) + Body(other), Body(sample) + Body(sample));
-  EXPECT_EQ(Body(zero) + Body(empty), "<integer>0</integer><string>");
+// A node that was made and not attached would be a leak, which the leak sanitizer reports.
+TEST(StringNodes, GoIntoContainersOfTheRightTypeOnly) {
+  const Node dict(plist_new_dict()), array(plist_new_array());
+  for (const plist_t node : {plist_t{nullptr}, plist_t{array.get()}}) {
+    PlistUtil::InsertPlistDictString(node, "key", "x");
+    PlistUtil::AddNoneValuePlistDictString(node, "key", "x");
+  }
+  PlistUtil::InsertPlistDictString(dict.get(), nullptr, "x");
+  PlistUtil::AddNoneValuePlistDictString(dict.get(), nullptr, "x");
+  PlistUtil::AppendPlistArrayString(nullptr, "x");
+  PlistUtil::AppendPlistArrayString(dict.get(), "x");
+  EXPECT_EQ(plist_dict_get_size(dict.get()), 0U);
+  EXPECT_EQ(plist_array_get_size(array.get()), 0U);
+}
+
+TEST(Copies, AreDeepAndReplaceNull) {
+  const Node sample = Sample();
+  const Node one(PlistUtil::PlistCopyZero(sample.get())),
+      other(PlistUtil::PlistCopyEmptyString(sample.get()));
+  EXPECT_EQ(Xml(one), kXml);
+  EXPECT_EQ(Xml(other), kXml);
+  PlistUtil::InsertPlistDictString(one.get(), "name", "changed");
+  EXPECT_EQ(Xml(sample), kXml);
+
+  const Node zero(PlistUtil::PlistCopyZero(nullptr)), empty(PlistUtil::PlistCopyEmptyString(nullptr));
+  EXPECT_EQ(plist_get_node_type(zero.get()), PLIST_UINT);
+  EXPECT_EQ(PlistUtil::GetIntegerValue(zero.get()), 0U);
+  EXPECT_EQ(StringOf(empty.get()), "");
 }
 
 TEST(IntegerValues, AreZeroForEverythingElse) {
   const Node sample = Sample(), uid(plist_new_uid(77)), array(plist_new_array());
-  const plist_t dict = sample.get(), count = plist_dict_get_item(dict, "count");
-  const char* const keys[] = {"count", "name", "none", nullptr};
-  std::string values;
-  for (const plist_t node : {dict, count, uid.get(), array.get(), plist_t{nullptr}}) {
-    for (const char* key : keys)
-      values += std::to_string(PlistUtil::GetDictOrUidIntegerValue(node, key)) + ' ';
-    values += std::to_string(PlistUtil::GetIntegerValue(node)) + '|';
+  const plist_t count = plist_dict_get_item(sample.get(), "count");
+  const struct {
+    const char* name;
+    plist_t node;
+    const char* key;
+    std::uint64_t integer, dict_or_uid_integer;
+  } cases[] = {{"integer", count, "count", 1ULL << 40, 0},
+               {"UID", uid.get(), "count", 0, 77},
+               {"UID, null key", uid.get(), nullptr, 0, 77},
+               {"array", array.get(), "count", 0, 0},
+               {"null", nullptr, "count", 0, 0},
+               {"dictionary, integer", sample.get(), "count", 0, 1ULL << 40},
+               {"dictionary, string", sample.get(), "name", 0, 0},
+               {"dictionary, no such key", sample.get(), "none", 0, 0},
+               {"dictionary, null key", sample.get(), nullptr, 0, 0}};
+  for (const auto& each : cases) {
+    EXPECT_EQ(PlistUtil::GetIntegerValue(each.node), each.integer) << each.name;
+    EXPECT_EQ(PlistUtil::GetDictOrUidIntegerValue(each.node, each.key), each.dict_or_uid_integer)
+        << each.name;
   }
-  EXPECT_EQ(values, "1099511627776 0 0 0 0|0 0 0 0 1099511627776|77 77 77 77 0|0 0 0 0 0|0 0 0 0 0|");
 }
 
-// In a child process, in which the two kinds of streams may be kept in step or not.
+// In a child process, whose C and C++ streams may be synchronised or not.
 TEST(PrintPlist, WritesInOrder) {
   const Node sample = Sample();
   const auto print = [&](bool synchronised) {
     std::ios::sync_with_stdio(synchronised);
-    ::dup2(STDERR_FILENO, STDOUT_FILENO);  // standard error is what the parent process sees
+    ::dup2(STDERR_FILENO, STDOUT_FILENO);  // EXPECT_EXIT captures standard error only
     std::cout << "before\n";
     std::cout.width(300);
     PlistUtil::PrintPlist(nullptr);
     PlistUtil::PrintPlist(sample.get());
     std::_Exit(0);  // flushes nothing
   };
-  const std::string printed = "before\n.................PrintPlist BEGIN.................\n" +
-                              Written(sample) + "\n.................PrintPlist END.................\n";
+  const std::string printed = "before\n.................PrintPlist BEGIN.................\n" + kXml +
+                              "\n.................PrintPlist END.................\n";
   for (const bool synchronised : {true, false})
     EXPECT_EXIT(print(synchronised), testing::ExitedWithCode(0), testing::Eq(printed));
 }

@@ -5,35 +5,17 @@
 #include <cstring>
 #include <iostream>
 #include <limits>
-#include <memory>
-#include <type_traits>
 
 #include "common/basic/basic_services.h"
+#include "common/libplist.h"
+#include "common/owners.h"
 #include "common/plist_limits.h"
 #include "common/text_or_empty.h"
 
 namespace {
 
-struct CloseStream {
-  void operator()(std::FILE* stream) const { std::fclose(stream); }
-};
-using Stream = std::unique_ptr<std::FILE, CloseStream>;
-
-struct FreeBlock {
-  void operator()(char* block) const { std::free(block); }
-};
-using Block = std::unique_ptr<char, FreeBlock>;
-
-struct FreeXml {
-  void operator()(char* xml) const {
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored \
-    "-Wdeprecated-declarations"  // later releases prefer another name for the same call
-    plist_to_xml_free(xml);
-#pragma GCC diagnostic pop
-  }
-};
-using Xml = std::unique_ptr<char, FreeXml>;
+using Owners::Block;
+using Owners::Stream;
 
 Stream OpenForReading(const char* path) {
   return Stream(BasUtilityFile()->OpenFile(path, "rb"));
@@ -50,19 +32,6 @@ Block ReadWhole(const char* path, std::uint64_t size) {
   // A short read needs no handling: the bytes behind it are zeros.
   static_cast<void>(std::fread(bytes.get(), 1, static_cast<std::size_t>(size), stream.get()));
   return bytes;
-}
-
-// libplist's parsers return nothing in its earlier releases and an error code in its later ones.
-template <typename Parser>
-plist_t Parse(Parser* parser, const char* bytes, std::uint32_t length) {
-  plist_t root = nullptr;
-  if constexpr (std::is_void_v<decltype(parser(bytes, length, &root))>) {
-    parser(bytes, length, &root);
-  } else if (parser(bytes, length, &root) != decltype(parser(bytes, length, &root)){}) {
-    plist_free(root);
-    root = nullptr;
-  }
-  return root;
 }
 
 bool IsA(plist_t node, plist_type type) {
@@ -94,10 +63,12 @@ plist_t PlistUtil::ReadPlist(const char* path) {
 
   const auto length = static_cast<std::uint32_t>(size);  // all that the parsers can be told
   if (IsBinPlist(path) != 0) {
-    return PlistLimits::BinaryIsSafe(bytes.get(), length) ? Parse(plist_from_bin, bytes.get(), length)
-                                                          : nullptr;
+    return PlistLimits::BinaryIsSafe(bytes.get(), length)
+               ? Libplist::Parse(plist_from_bin, bytes.get(), length)
+               : nullptr;
   }
-  return PlistLimits::XmlIsSafe(bytes.get(), length) ? Parse(plist_from_xml, bytes.get(), length) : nullptr;
+  return PlistLimits::XmlIsSafe(bytes.get(), length) ? Libplist::Parse(plist_from_xml, bytes.get(), length)
+                                                     : nullptr;
 }
 
 void PlistUtil::AppendPlistArrayString(plist_t array, const char* value) {
@@ -132,7 +103,7 @@ void PlistUtil::PrintPlist(plist_t node) {
   char* text = nullptr;
   std::uint32_t length = 0;
   plist_to_xml(node, &text, &length);
-  if (const Xml xml(text); xml != nullptr) {
+  if (const Libplist::Text xml(text); xml != nullptr) {
     std::cout.write(xml.get(),
                     static_cast<std::streamsize>(std::strlen(xml.get())));  // no width or fill applies
     std::cout << std::endl;

@@ -5,9 +5,9 @@
 //   PlistUtil::PrintPlist(info);
 //   plist_free(info);
 //
-// A node given as an argument stays the caller's. A node returned is new and the caller's, to be released
-// with plist_free or handed to a container. Texts are copied. No function throws anything of its own. Two
-// calls that change one tree at the same time must be kept apart by the caller.
+// Node arguments stay the caller's. A returned node is new: release it with plist_free or insert it into a
+// container. Texts are copied. No function throws anything of its own. Calls from several threads that change
+// one tree need a lock of the caller's.
 
 #pragma once
 
@@ -23,12 +23,16 @@ namespace PlistUtil {
 // when it cannot be opened. Opens the file once through the host's file service. Null is the empty path.
 HOSTUTIL_EXPORT std::int32_t IsBinPlist(const char* path);
 
-// The tree that a property-list file holds, or null: no such file, an empty one, no property list, no memory
-// for its bytes, or contents made to exhaust the process (containers nested more than 512 deep, or shared
-// references that stand for far more nodes than the file has bytes). The encoding is decided by IsBinPlist
-// alone; a binary list that does not parse is not tried as XML, nor the other way round. Reads the whole file
-// into memory and opens it twice. A file of 4 GiB or more is parsed as if it had its size's low 32 bits. Null
-// is the empty path.
+// The tree of a property-list file, or null when
+//   - there is no such file, it is empty, or there is no memory for its bytes;
+//   - libplist rejects it, or its size allows no block of memory;
+//   - it could exhaust the process: containers nested more than 512 deep, or shared references that expand to
+//     far more nodes than the file has bytes.
+// IsBinPlist alone selects the encoding: a binary list that does not parse is not tried as XML, nor the other
+// way round. Reads the whole file into memory and opens it twice. A file of 4 GiB or more is parsed as if its
+// size were the low 32 bits. Where the file is shorter than its size, because it shrank or the file service
+// lies, zeros follow its bytes and take no memory: XML that is complete before them still parses with libplist
+// before 2.8. Null is the empty path.
 HOSTUTIL_EXPORT plist_t ReadPlist(const char* path);
 
 // Appends a string node; a null value is stored as the empty text. Anything but an array is left alone.
@@ -55,9 +59,9 @@ HOSTUTIL_EXPORT void PrintPlist(plist_t node);
 // The value of an unsigned integer node; 0 for every other node and for null.
 HOSTUTIL_EXPORT std::uint64_t GetIntegerValue(plist_t node);
 
-// Of a UID node its UID, whatever the key; of a dictionary the unsigned integer under `key`, 0 when there is
-// none (or the key is null); 0 for every other node and for null. Note that a UID found inside a dictionary
-// gives 0: fetch the item first, then ask for its value.
+// For a UID node, the index it holds; `key` is ignored. For a dictionary, the unsigned integer under `key`;
+// 0 when there is none or the key is null. 0 for every other node and for null. A UID inside a dictionary gives
+// 0, too: fetch the item with plist_dict_get_item and pass that.
 HOSTUTIL_EXPORT std::uint64_t GetDictOrUidIntegerValue(plist_t node, const char* key);
 
 }  // namespace PlistUtil
