@@ -25,6 +25,7 @@ debian_packages() {
     package) echo dpkg-dev file ;;
     systems) echo git debootstrap ;;
     libc++) echo clang libc++-dev libc++abi-dev googletest ;;
+    foundation) echo gobjc++ libgnustep-base-dev ;;
     foreign) echo g++-s390x-linux-gnu g++-aarch64-linux-gnu qemu-user-static ;;
     *) fail "no such group of packages: $1" ;;
   esac

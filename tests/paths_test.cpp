@@ -29,6 +29,17 @@ TEST(GetParentDir, CutsAnyText) {
     EXPECT_EQ(Utils::GetParentDir((tail + "/" + tail).c_str()), tail + "/");
 }
 
+// Foundation takes a "/" and a combining mark for one character and drops a byte order mark at the start.
+TEST(GetParentDir, FollowsThePlatformsStrings) {
+#if defined(__APPLE__) || defined(HOSTUTIL_FOUNDATION)
+  const char* const cases[][2] = {{"/a/b/\u0301c", "/a/"}, {"\uFEFFa/b", "a/"}};
+#else
+  const char* const cases[][2] = {{"/a/b/\u0301c", "/a/b/"}, {"\uFEFFa/b", "\uFEFFa/"}};
+#endif
+  const AutoreleasePool pool;
+  for (const auto& [path, folder] : cases) EXPECT_EQ(Utils::GetParentDir(path), folder);
+}
+
 TEST(ConcatFilePath, PutsASlashOnlyBehindAFolderThatHasOneInside) {
   const char* const cases[][3] = {{"/a", "f", "/a/f"},   {"/a/", "f", "/a/f"},  {"a/b", "f", "a/b/f"},
                                   {"dir", "f", "dirf"},  {"", "f", "f"},        {"/", "f", "/f"},

@@ -18,7 +18,8 @@ namespace Utils {
 
 // `path` up to and with its last "/"; empty when it has none, and for null. The backslash does not separate.
 // On the way the text becomes objects in the calling thread's autorelease pool, which the host provides. Text
-// that is no valid UTF-8 is cut at its last "/" all the same.
+// that is no valid UTF-8 is cut at its last "/" all the same. On macOS a "/" before a combining mark does not
+// count, and a byte order mark at the start is dropped.
 HOSTUTIL_EXPORT std::string GetParentDir(const char* path);
 
 // What follows the last "/" or backslash: all of `path` when it has neither. Null: empty.
