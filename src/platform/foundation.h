@@ -19,8 +19,8 @@ inline constexpr std::size_t kNotFound = static_cast<std::size_t>(-1);
 // start; the portable layer keeps it.
 String* StringWithUtf8(const char* text);
 
-// Where the last `wanted` begins in `text`, in the platform's own units, or kNotFound. Foundation does not find a
-// `wanted` that a combining mark follows; the portable layer does.
+// Where the last `wanted` begins in `text`, in the platform's own units, or kNotFound. Foundation
+// does not find a `wanted` that a combining mark follows; the portable layer does.
 std::size_t LastRangeOf(String* text, String* wanted);
 
 // An autoreleased string object of the first `length` units of `text`.
