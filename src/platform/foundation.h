@@ -15,8 +15,8 @@ class Uuid;    // opaque: an identifier object
 
 inline constexpr std::size_t kNotFound = static_cast<std::size_t>(-1);
 
-// An autoreleased string object; null when `text` is no valid UTF-8. Foundation drops a byte order mark at the
-// start; the portable layer keeps it.
+// An autoreleased string object; null when `text` is no valid UTF-8. Foundation drops a byte order mark at
+// the start; the portable layer keeps it.
 String* StringWithUtf8(const char* text);
 
 // Where the last `wanted` begins in `text`, in the platform's own units, or kNotFound. Foundation
