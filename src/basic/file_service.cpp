@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <climits>
 #include <cstring>
 
@@ -11,8 +12,10 @@ namespace {
 
 class FileService final : public IBasUtilityFile {
  public:
-  // Makes missing parents too. Works in a buffer on the stack, so that nothing here can throw.
+  // Makes missing parents too. Works in a buffer on the stack, so that nothing here can throw. One call of the
+  // system if the directory exists or its parent does.
   void CreateDirectory(const char* path) override {
+    if (path == nullptr || ::mkdir(path, kDirectoryMode) == 0 || errno != ENOENT) return;
     char partial[PATH_MAX];
     const std::size_t length = std::strlen(path);
     if (length == 0 || length >= sizeof partial) return;
@@ -36,7 +39,9 @@ class FileService final : public IBasUtilityFile {
     return regular ? static_cast<std::uint64_t>(status.st_size) : 0;
   }
 
-  std::FILE* OpenFile(const char* path, const char* mode) override { return std::fopen(path, mode); }
+  std::FILE* OpenFile(const char* path, const char* mode) override {
+    return path != nullptr ? std::fopen(path, mode) : nullptr;
+  }
 
  private:
   static constexpr mode_t kDirectoryMode = 0777;  // narrowed by the process's umask

@@ -31,11 +31,14 @@ std::string Utils::ConcatBackupFilePath(const char* root, const char* file_id, b
   std::string path;
   path.reserve(start.size() + 3 + id.size());  // at most
   path = start;
-  if (two_level) {
-    path += id.substr(0, 2);
-    if (create) BasUtilityFile()->CreateDirectory(path.c_str());
-    path += '/';
-  }
+  if (two_level) path.append(id.substr(0, 2)).append(1, '/');
+  const std::size_t slash = path.size() - 1;
   path += id;
+  if (two_level && create) {
+    // The caller's texts are no longer read: whatever the service does to them, the path stays.
+    path[slash] = '\0';
+    BasUtilityFile()->CreateDirectory(path.c_str());
+    path[slash] = '/';
+  }
   return path;
 }

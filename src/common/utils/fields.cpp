@@ -27,9 +27,13 @@ std::int32_t Component(const char* pair) {
 
 bool Utils::IsPhoneFormat(const char* text, char separator) {
   if (text == nullptr) return false;
-  // The end is no digit, so digits, which most characters are, need no look for it.
-  while (IsDigit(*text) || (*text == separator && separator != '\0')) ++text;
-  return *text == '\0';
+  if (IsDigit(*text)) text += std::strspn(text, "0123456789");
+  // The next few byte by byte: strspn has to wait for a set that was written just before.
+  for (int near = 16; near > 0; --near, ++text) {
+    if (!IsDigit(*text) && (*text != separator || separator == '\0')) return *text == '\0';
+  }
+  const char allowed[] = {'0', '1', '2', '3', '4', '5', '6', '7', '8', '9', separator, '\0'};
+  return text[std::strspn(text, allowed)] == '\0';
 }
 
 bool Utils::isNotPhoneNumberChar(int code) {

@@ -1,5 +1,7 @@
 #include "common/utils/matching.h"
 
+#include <strings.h>
+
 #include <algorithm>
 #include <cctype>
 #include <cstring>
@@ -18,6 +20,25 @@ namespace {
 // Folds as the locale does, whether or not plain char has a sign here.
 unsigned char Folded(char byte) {
   return static_cast<unsigned char>(std::tolower(static_cast<signed char>(byte)));
+}
+
+// Whether strcasecmp orders texts as CompareI must. glibc's folds by the table that tolower reads, but as
+// unsigned char. That table is the same for negative values but at -1, which is EOF: KOI8-R folds 0xFF, not -1.
+bool StrcasecmpFoldsAlike() {
+#ifdef __GLIBC__
+  return std::tolower(0xFF) == 0xFF;
+#else
+  return false;
+#endif
+}
+
+[[gnu::noinline]] std::int32_t CompareFolded(const char* first, const char* second) {
+  for (;; ++first, ++second) {
+    if (*first == '\0' || *second == '\0') return (*first != '\0') - (*second != '\0');
+    if (*first == *second) continue;
+    const int difference = Folded(*first) - Folded(*second);
+    if (difference != 0) return difference;
+  }
 }
 
 constexpr std::size_t kShortText = 200;
@@ -275,24 +296,17 @@ bool Matches(const std::string& text, const std::string& pattern) {
 std::int32_t Utils::CompareI(const char* first, const char* second) {
   first = TextOrEmpty(first);
   second = TextOrEmpty(second);
-  // Equal bytes fold alike in every locale, and the platform compares them in blocks.
-  if (*first == *second && std::strcmp(first, second) == 0) return 0;
-  for (;; ++first, ++second) {
-    if (*first == '\0' || *second == '\0') return (*first != '\0') - (*second != '\0');
-    if (*first == *second) continue;
-    const int difference = Folded(*first) - Folded(*second);
-    if (difference != 0) return difference;
-  }
+  if (!StrcasecmpFoldsAlike()) return CompareFolded(first, second);
+  const int order = ::strcasecmp(first, second);
+  return (order > 0) - (order < 0);
 }
 
 bool Utils::StartWith(const std::string& text, const char* prefix) {
-  return prefix != nullptr && text.compare(0, std::strlen(prefix), prefix) == 0;
+  return prefix != nullptr && std::string_view(text).starts_with(prefix);
 }
 
 bool Utils::EndWith(const std::string& text, const char* suffix) {
-  if (suffix == nullptr) return false;
-  const std::string_view end = suffix;
-  return end.size() <= text.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
+  return suffix != nullptr && std::string_view(text).ends_with(suffix);
 }
 
 bool Utils::MatchString(const std::string& text, const std::string& pattern, std::string* matched) {

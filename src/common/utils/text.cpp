@@ -1,11 +1,14 @@
 #include "common/utils/text.h"
 
+#include <string.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <iterator>
 #include <memory>
 #include <stdexcept>
 #include <string_view>
@@ -13,6 +16,9 @@
 #include "common/text_or_empty.h"
 
 namespace {
+
+// The least distance at which calling a vectorized search is worth more than looking at byte after byte.
+constexpr std::ptrdiff_t kNear = 16;
 
 constexpr std::size_t kLongestJoin = 2'147'483'646;
 
@@ -31,75 +37,99 @@ char* CopyTo(char* write, std::string_view text) {
   return write + text.size();
 }
 
-// The least distance at which calling a vectorized search is worth more than looking at byte after byte.
-constexpr std::ptrdiff_t kNear = 16;
-
-// A pattern that is looked for, perhaps many times.
-//
-// The search looks at two of the pattern's bytes for every place in a block of them. The loop has no
-// branches, so compilers turn it into vector instructions. A block in which the pattern may begin is looked
-// at again in smaller parts, with a third byte: in texts, whose letters are common ones, two bytes alone
-// leave too many places to try.
+// A pattern to search for, perhaps many times in one text. It starts with the platform's search for the first
+// byte, which is the fastest where that byte is rare. Each byte passed earns a credit that each false match
+// uses up. Out of credit, the search changes its method: to blocks, which false matches hardly delay, and
+// from there to memmem, which takes linear time whatever the text and the pattern (in glibc, musl and
+// FreeBSD).
 class Pattern {
  public:
-  explicit Pattern(std::string_view text) : text_(text) {
-    if (text.empty()) return;
-    // Two different bytes, where there are two: a run of one byte is what is most likely to nearly match.
-    const std::size_t other = text.find_last_not_of(text.front());
-    later_ = other != std::string_view::npos ? other : text.size() - 1;
-  }
+  // REQUIRES: `text` is not empty.
+  explicit Pattern(std::string_view text) : text_(text) {}
 
   std::size_t Size() const { return text_.size(); }
 
-  // The first place where it stands in [at, end), or null. The empty pattern stands nowhere.
-  const char* FindIn(const char* at, const char* end) const {
+  // Reads nothing behind the first match from now on, however slow that is.
+  void NeverReadAhead() { credit_ = PTRDIFF_MAX / 2; }
+
+  // The first match in [at, end), or null.
+  const char* FindIn(const char* at, const char* end) {
     const auto length = static_cast<std::size_t>(end - at);
-    if (text_.empty() || text_.size() > length) return nullptr;
+    if (length < text_.size()) return nullptr;
     if (text_.size() == 1) return static_cast<const char*>(std::memchr(at, text_.front(), length));
-    const char* const stop = end - text_.size() + 1;  // behind the last place
-    const char* const near = at + std::min(kNear, stop - at);
-    const char* const found = FindInSteps<1>(at, near);
-    return found != nullptr ? found : FindInSteps<kBlock>(near, stop);
+    const char* const stop = end - text_.size() + 1;
+    while (at != stop) {
+      const char* const place = NextCandidate(at, stop);
+      if (place == nullptr) return nullptr;
+      credit_ += place - at;
+      const bool compare = place[probe_] == text_[probe_];
+      if (compare && std::memcmp(place, text_.data(), text_.size()) == 0) return place;
+      PayFalseMatch(compare);
+      at = place + 1;
+    }
+    return nullptr;
   }
 
  private:
+  enum class Method { kFirstByte, kBlocks, kMemMem };
   static constexpr std::ptrdiff_t kBlock = 256;
-  static constexpr std::ptrdiff_t kPart = 32;
+  static constexpr std::ptrdiff_t kPart = 16;
 
-  bool StandsAt(const char* at) const {
-    return ((at[0] ^ text_[0]) | (at[later_] ^ text_[later_])) == 0 &&
-           std::memcmp(at, text_.data(), text_.size()) == 0;
+  // The first place in [at, stop) that may be a match, or null.
+  const char* NextCandidate(const char* at, const char* stop) const {
+    const auto places = static_cast<std::size_t>(stop - at);
+    if (method_ == Method::kBlocks) return FindInSteps<kBlock>(at, stop);
+    const void* const found = method_ == Method::kFirstByte
+                                  ? std::memchr(at, text_.front(), places)
+                                  : ::memmem(at, places + text_.size() - 1, text_.data(), text_.size());
+    return static_cast<const char*>(found);
   }
 
-  // Whether it may begin at one of the kStep places from `at` on.
+  // A false match costs about the time in which the next method passes 160 or 32 bytes.
+  void PayFalseMatch(bool compared) {
+    std::ptrdiff_t cost = method_ == Method::kFirstByte ? 160 : 32;
+    if (compared) cost += static_cast<std::ptrdiff_t>(text_.size());
+    credit_ -= cost;
+    if (credit_ >= -4 * cost || method_ == Method::kMemMem) return;
+    method_ = method_ == Method::kFirstByte ? Method::kBlocks : Method::kMemMem;
+    credit_ = 0;
+    // Probe two different bytes if there are two: a run of one byte gives false matches.
+    const std::size_t other = text_.find_last_not_of(text_.front());
+    probe_ = other != std::string_view::npos ? other : text_.size() - 1;
+  }
+
+  // Whether one of the kStep places from `at` on may be a match. Without branches, so that compilers turn the
+  // loop into vector instructions. Two bytes are enough for a block; in English they leave too many parts.
   template <std::ptrdiff_t kStep>
   bool MayBeginIn(const char* at) const {
     const std::size_t half = text_.size() / 2;
-    unsigned char closest = 0xFF;  // zero for bytes that all agree
+    unsigned char closest = 0xFF;  // zero where all bytes agree
     for (std::ptrdiff_t i = 0; i < kStep; ++i) {
-      int difference = (at[i] ^ text_[0]) | ((at + later_)[i] ^ text_[later_]);
-      if constexpr (kStep == kPart) difference |= (at + half)[i] ^ text_[half];
+      int difference = (at[i] ^ text_[0]) | ((at + probe_)[i] ^ text_[probe_]);
+      if constexpr (kStep != kBlock) difference |= (at + half)[i] ^ text_[half];
       closest = std::min(closest, static_cast<unsigned char>(difference));
     }
     return closest == 0;
   }
 
-  // The first place in [at, stop), looked at in steps of that many, or null.
+  // NextCandidate by looking at so many places at once, and then more closely. The last step overlaps.
   template <std::ptrdiff_t kStep>
   const char* FindInSteps(const char* at, const char* stop) const {
     constexpr std::ptrdiff_t kSmaller = kStep == kBlock ? kPart : 1;
-    for (; stop - at >= kStep; at += kStep) {
-      if constexpr (kStep == 1) {
-        if (StandsAt(at)) return at;
-      } else if (MayBeginIn<kStep>(at)) {
+    if (stop - at < kStep) return FindInSteps<kSmaller>(at, stop);
+    for (;; at = std::min(at + kStep, stop - kStep)) {
+      if (MayBeginIn<kStep>(at)) {
+        if constexpr (kStep == 1) return at;
         if (const char* const found = FindInSteps<kSmaller>(at, at + kStep)) return found;
       }
+      if (at == stop - kStep) return nullptr;
     }
-    return kStep == 1 ? nullptr : FindInSteps<kSmaller>(at, stop);
   }
 
   std::string_view text_;
-  std::size_t later_ = 0;
+  std::size_t probe_ = 1;  // another byte to look at before all are compared
+  Method method_ = Method::kFirstByte;
+  std::ptrdiff_t credit_ = 0;
 };
 
 bool PointsInto(std::string_view bytes, const char* pointer) {
@@ -107,43 +137,19 @@ bool PointsInto(std::string_view bytes, const char* pointer) {
   return not_after(bytes.data(), pointer) && not_after(pointer, bytes.data() + bytes.size());
 }
 
-std::size_t CountOf(std::string_view text, const Pattern& search) {
-  const char* const end = text.data() + text.size();
-  std::size_t count = 0;
-  for (const char* at = search.FindIn(text.data(), end); at != nullptr;
-       at = search.FindIn(at + search.Size(), end)) {
-    ++count;
-  }
-  return count;
-}
-
-// Writes [read, end) to `write`, somewhere before `read` in the same buffer, with every `search` replaced,
-// and returns where the result ends. The caller has left room enough for what is written never to overtake
-// what is read.
-char* Rewrite(char* write, const char* read, const char* end, const Pattern& search,
-              std::string_view replacement, std::size_t& count) {
-  const auto keep = [&write](const char* from, const char* to) {
-    const auto length = static_cast<std::size_t>(to - from);
-    if (write != from) std::memmove(write, from, length);
-    write += length;
-  };
-  while (const char* const match = search.FindIn(read, end)) {
-    keep(read, match);
-    write = CopyTo(write, replacement);
-    read = match + search.Size();
-    ++count;
-  }
-  keep(read, end);
-  return write;
-}
-
-std::int32_t Replace(std::string& text, const Pattern& search, std::string_view replacement) {
+std::int32_t Replace(std::string& text, Pattern search, std::string_view replacement) {
   const std::size_t length = text.size();
+  std::size_t places[64];  // of the first matches, so that they need not be searched for twice
+  std::size_t matches = 0;
   std::size_t gap = 0;
   if (replacement.size() > search.Size()) {
-    // It grows: once, to its final size. The text moves to the end of that and is then rewritten from the
-    // start.
-    const std::size_t matches = CountOf(text, search);
+    // The string grows: once, to its final size. The text moves to the end of that and is rewritten from the
+    // start, which never catches up with what is still to be read.
+    const char* const end = text.data() + length;
+    for (const char* read = text.data(); const char* const match = search.FindIn(read, end); ++matches) {
+      if (matches < std::size(places)) places[matches] = static_cast<std::size_t>(match - text.data());
+      read = match + search.Size();
+    }
     const std::size_t growth = replacement.size() - search.Size();
     if (matches == 0) return 0;
     if (matches > (text.max_size() - length) / growth) throw std::length_error("ReplaceStr");
@@ -151,17 +157,33 @@ std::int32_t Replace(std::string& text, const Pattern& search, std::string_view 
     text.resize(length + gap);
     std::memmove(text.data() + gap, text.data(), length);
   }
-  std::size_t count = 0;
-  char* const start = text.data();
-  const char* const end = Rewrite(start, start + gap, start + gap + length, search, replacement, count);
-  text.resize(static_cast<std::size_t>(end - start));
-  return static_cast<std::int32_t>(count);
+  char* write = text.data();
+  const char* const source = write + gap;
+  const char* const end = source + length;
+  const char* read = source;
+  for (std::size_t count = 0;; ++count) {
+    const char* match = nullptr;
+    if (count < std::min(matches, std::size(places))) {
+      match = source + places[count];
+    } else if (gap == 0 || count < matches) {
+      match = search.FindIn(read, end);
+    }
+    const auto kept = static_cast<std::size_t>((match != nullptr ? match : end) - read);
+    if (write != read) std::memmove(write, read, kept);
+    write += kept;
+    if (match == nullptr) {
+      text.resize(static_cast<std::size_t>(write - text.data()));
+      return static_cast<std::int32_t>(count);
+    }
+    write = CopyTo(write, replacement);
+    read = match + search.Size();
+  }
 }
 
 // How many bytes of `text` are `byte`. The inner count fits a byte and has a fixed length, which compilers
 // turn into vector instructions several times as fast as those for a wider one.
 std::size_t CountOf(std::string_view text, char byte) {
-  constexpr std::size_t kBlock = 64;
+  constexpr std::size_t kBlock = 256;
   std::size_t count = 0;
   for (; text.size() >= kBlock; text.remove_prefix(kBlock)) {
     unsigned char here = 0;
@@ -185,8 +207,8 @@ const char* FindByte(const char* at, const char* end, char byte) {
   return std::find(at, end, byte);
 }
 
-// Room for that many more, so that none is moved while they are appended; twice the room at least when there
-// must be more, so that many small calls stay linear.
+// Makes room for that many more: all at once, so that each field is moved at most once, and at least twice
+// the capacity, so that many small calls stay linear.
 void MakeRoom(std::vector<std::string>& fields, std::size_t more) {
   if (fields.capacity() - fields.size() >= more) return;
   fields.reserve(std::max(fields.size() + more, 2 * fields.capacity()));
@@ -243,7 +265,10 @@ char* Utils::ReplaceChar(const char* text, char write, char find) {
   const std::string_view source = text;
   char* const copy = NewText(source.size());
   if (copy == nullptr) return nullptr;
-  std::replace_copy(source.begin(), source.end(), copy, find, write);
+  // Nothing to replace, or little, is the usual case: copy up to the first `find`.
+  const std::size_t kept = std::min(source.find(find), source.size());
+  CopyTo(copy, source.substr(0, kept));
+  std::replace_copy(source.begin() + kept, source.end(), copy + kept, find, write);
   return copy;
 }
 
@@ -306,7 +331,8 @@ void Utils::SplitWithFlag(const char* text, char separator, std::vector<std::str
   const std::string own = PointsInto(storage, text) ? text : "";
   const std::string_view source = own.empty() ? text : own.c_str();
   const char* const end = source.data() + source.size();
-  MakeRoom(fields, CountOf(source, separator) + 1);
+  const bool ends_open = !source.empty() && source.back() != separator;
+  MakeRoom(fields, CountOf(source, separator) + (ends_open ? 1 : 0));
   for (const char* start = source.data(); start != end;) {
     const char* const stop = FindByte(start, end, separator);
     AppendField(fields, start, stop, end);
@@ -318,5 +344,9 @@ const void* Utils::MemMem(const void* range, unsigned long range_length, const v
                           unsigned long pattern_length) {
   if (pattern_length == 0 || pattern_length > range_length) return nullptr;
   const auto* const start = static_cast<const char*>(range);
-  return Pattern({static_cast<const char*>(pattern), pattern_length}).FindIn(start, start + range_length);
+  Pattern search({static_cast<const char*>(pattern), pattern_length});
+  if (range_length <= PTRDIFF_MAX) return search.FindIn(start, start + range_length);
+  // No range is that long, so the caller knows of a match and not of the end.
+  search.NeverReadAhead();
+  return search.FindIn(start, start + PTRDIFF_MAX);
 }
