@@ -5,50 +5,76 @@
 
 namespace {
 
-// Notes every call; hands out one block, wipes it when it is freed.
+using Calls = std::vector<std::string>;
+
+// Records every call. Hands out one block as the digest and overwrites it when it is freed.
 struct Recording final : IBasUtilityString, IBasUtilityFile {
   void FreeString(char* text) override {
-    calls += text == digest.data() ? " free" : " free of something else";
+    calls.push_back(text == digest.data() ? "free" : "free of another block");
     digest.assign(digest.size(), '#');
   }
   char* DigestString(const char* text) override {
-    calls += std::string("digest ") + text;
+    calls.push_back(std::string("digest ") + text);
     return digest.data();
   }
-  void CreateDirectory(const char* path) override { calls += path; }
-  std::uint64_t GetFileSize(const char*) override { return calls += "size", 0; }
-  std::FILE* OpenFile(const char*, const char*) override { return calls += "open", nullptr; }
-  std::string calls, digest = "9F3AC0-and-more";
+  void CreateDirectory(const char* path) override {
+    calls.push_back(std::string("create ") + path);
+    if (overwritten != nullptr) overwritten->assign(overwritten->size(), '#');
+  }
+  std::uint64_t GetFileSize(const char*) override { return calls.push_back("size"), 0; }
+  std::FILE* OpenFile(const char*, const char*) override { return calls.push_back("open"), nullptr; }
+  Calls calls;
+  std::string digest = "9F3AC0-and-more";
+  std::string* overwritten = nullptr;  // by CreateDirectory
 };
 
 TEST(CalcFileID, CopiesTheDigestAndFreesItOnce) {
-  const char* const cases[][3] = {{"A", "B/c", "digest A-B/c free"},
-                                  {"", "", "digest - free"},
-                                  {"a", "-b", "digest a--b free"},
-                                  {nullptr, nullptr, "digest - free"}};
-  for (const auto& [first, second, calls] : cases) {
+  const struct {
+    const char *first, *second, *digested;
+  } cases[] = {{"A", "B/c", "digest A-B/c"},
+               {"", "", "digest -"},
+               {"a", "-b", "digest a--b"},
+               {nullptr, nullptr, "digest -"}};
+  for (const auto& c : cases) {
     Recording strings;
     const ServiceOverride<IBasUtilityString> in_place(&strings);
-    EXPECT_EQ(Utils::CalcFileID(first, second), "9F3AC0-and-more");
-    EXPECT_EQ(strings.calls, calls);
+    EXPECT_EQ(Utils::CalcFileID(c.first, c.second), "9F3AC0-and-more");
+    EXPECT_EQ(strings.calls, (Calls{c.digested, "free"}));
     EXPECT_EQ(in_place.AccessorCalls(), 2);
   }
 }
 
 TEST(ConcatBackupFilePath, AddressesBothLayouts) {
-  // The root, the identifier, the path, the folder that the two-level layout makes.
-  const char* const cases[][4] = {{"/b/", "9f3a", "/b/9f3a", nullptr}, {"/b", "9f3a", "/b9f3a", nullptr},
-                                  {"/b/", "", "/b//", "/b/"},          {"/b/", "9f3a", "/b/9f/9f3a", "/b/9f"},
-                                  {nullptr, "9f3a", "9f/9f3a", "9f"},  {"/b/", "x", "/b/x/x", "/b/x"}};
-  for (const auto& [root, id, path, made] : cases) {
-    const bool two_level = made != nullptr;
+  const struct {
+    const char *root, *id;
+    bool two_level;
+    const char* path;
+    Calls create;
+  } cases[] = {{"/b/", "9f3a", false, "/b/9f3a", {}},
+               {"/b", "9f3a", false, "/b9f3a", {}},
+               {"/b/", "9f3a", true, "/b/9f/9f3a", {"create /b/9f"}},
+               {"/b/", "", true, "/b//", {"create /b/"}},
+               {"/b/", "x", true, "/b/x/x", {"create /b/x"}},
+               {nullptr, "9f3a", true, "9f/9f3a", {"create 9f"}},
+               {"/b/", nullptr, false, "/b/", {}}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.path);
     Recording files;
     const ServiceOverride<IBasUtilityFile> in_place(&files);
-    EXPECT_EQ(Utils::ConcatBackupFilePath(root, id, two_level, false), path);
-    EXPECT_EQ(Utils::ConcatBackupFilePath(root, id, two_level, true), path);
-    EXPECT_EQ(in_place.AccessorCalls(), two_level ? 1 : 0);
-    EXPECT_EQ(files.calls, two_level ? made : "");
+    EXPECT_EQ(Utils::ConcatBackupFilePath(c.root, c.id, c.two_level, false), c.path);
+    EXPECT_EQ(files.calls, Calls());
+    EXPECT_EQ(Utils::ConcatBackupFilePath(c.root, c.id, c.two_level, true), c.path);
+    EXPECT_EQ(files.calls, c.create);
+    EXPECT_EQ(in_place.AccessorCalls(), static_cast<int>(c.create.size()));
   }
+}
+
+TEST(ConcatBackupFilePath, CopiesTheIdentifierBeforeItCallsTheService) {
+  std::string id = "9f3a";
+  Recording files;
+  files.overwritten = &id;
+  const ServiceOverride<IBasUtilityFile> in_place(&files);
+  EXPECT_EQ(Utils::ConcatBackupFilePath("/b/", id.c_str(), true, true), "/b/9f/9f3a");
 }
 
 }  // namespace

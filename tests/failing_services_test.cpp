@@ -1,4 +1,4 @@
-// Services that throw, and the stand-in's file service where it can do little.
+// Services that throw, and the stand-in's file service where there is little that it can do.
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -15,14 +15,14 @@ namespace {
 
 using namespace Basic;
 
-// How many more service calls there are until one throws.
+// The number of the service call that throws, counted down.
 int calls_left;
 
-int Count() {
-  return --calls_left == 0 ? throw std::domain_error("a service") : calls_left;
+void Count() {
+  if (--calls_left == 0) throw std::domain_error("a service");
 }
 
-// The stand-in's services with that one call that throws.
+// The stand-in's services, one call of which throws.
 struct Throwing final : IBasUtilityFile, IBasUtilityString {
   void CreateDirectory(const char* path) override { Count(), FileService()->CreateDirectory(path); }
   std::uint64_t GetFileSize(const char* path) override { return Count(), FileService()->GetFileSize(path); }
@@ -33,8 +33,8 @@ struct Throwing final : IBasUtilityFile, IBasUtilityString {
   char* DigestString(const char* text) override { return Count(), StringService()->DigestString(text); }
 };
 
-// What is left behind in memory is the leak sanitizer's to find.
-TEST(Services, ThrowThroughEveryFunction) {
+// The leak sanitizer finds memory that a throw left behind; this looks for open files.
+TEST(Services, MayThrowInEveryFunction) {
   const auto descriptors = [] { return std::distance(fs::directory_iterator("/dev/fd"), {}); };
   const auto open = descriptors();
   Throwing services;
@@ -55,28 +55,45 @@ TEST(Services, ThrowThroughEveryFunction) {
   EXPECT_EQ(thrown, 13);
 }
 
-// The size of what is at `path`, and whether there is a folder after an attempt to make one.
-std::string Try(const std::string& path) {
-  const std::uint64_t size = FileService()->GetFileSize(path.c_str());
-  FileService()->CreateDirectory(path.c_str());
-  std::error_code ignored;
-  return std::to_string(size) + (fs::is_directory(path, ignored) ? " folder" : "");
-}
-
-TEST(FileService, MeasuresReadableFilesAndMakesWhatFoldersItCan) {
+TEST(FileService, MeasuresReadableRegularFilesOnly) {
   const TemporaryFolder folder;
   fs::create_symlink(folder.Write("file", "12345"), folder.Path("link"));
   fs::permissions(folder.Write("secret", "1"), fs::perms::none);
   ::mkfifo(folder.Path("pipe").c_str(), 0600);
+  const std::pair<std::string, std::uint64_t> cases[] = {{folder.Path("file"), 5},
+                                                         {folder.Path("link"), 5},
+                                                         {folder.Write("empty", ""), 0},
+                                                         {folder.Path("secret"), ::geteuid() == 0 ? 1 : 0},
+                                                         {folder.Path("pipe"), 0},
+                                                         {folder.Path(), 0},
+                                                         {folder.Path("file/below"), 0},
+                                                         {folder.Path("missing"), 0},
+                                                         {"/dev/zero", 0},
+                                                         {"", 0}};
+  for (const auto& [path, size] : cases) EXPECT_EQ(FileService()->GetFileSize(path.c_str()), size) << path;
+}
+
+TEST(FileService, MakesDirectoriesWithTheirParents) {
+  const TemporaryFolder folder;
   std::string longest = folder.Path("longest");
   longest.resize(PATH_MAX - 1, '/');
-  EXPECT_EQ(Try(folder.Path("link")), "5");
-  for (const std::string& path : {folder.Path("a"), folder.Path("b//c/"), folder.Path("d/../a"), longest})
-    EXPECT_EQ(Try(path), "0 folder") << path;
-  EXPECT_EQ(Try(folder.Path("secret")), ::geteuid() == 0 ? "1" : "0");
-  for (const std::string& path : {longest + '/', folder.Path("pipe"), folder.Write("empty", ""),
-                                  folder.Path("file/below"), std::string("/dev/zero"), std::string()})
-    EXPECT_EQ(Try(path), "0") << path;
+  for (const std::string& path : {folder.Path("a"), folder.Path("a"), folder.Path("b//c/"),
+                                  folder.Path("d/../a"), folder.Path("e/f/g"), longest}) {
+    FileService()->CreateDirectory(path.c_str());
+    EXPECT_TRUE(fs::is_directory(path)) << path;
+  }
+  std::error_code ignored;
+  for (const std::string& path :
+       {longest + '/', folder.Write("file", ""), folder.Path("file/below"), std::string()}) {
+    FileService()->CreateDirectory(path.c_str());
+    EXPECT_FALSE(fs::is_directory(path, ignored)) << path;
+  }
+}
+
+TEST(FileService, DoesNothingWithANullPath) {
+  FileService()->CreateDirectory(nullptr);
+  EXPECT_EQ(FileService()->OpenFile(nullptr, "rb"), nullptr);
+  EXPECT_EQ(FileService()->GetFileSize(nullptr), 0U);
 }
 
 }  // namespace

@@ -3,11 +3,24 @@
 #include <glog/logging.h>
 #include <sqlite3.h>
 
+#include "support/temporary_folder.h"
 #include "support/testing.h"
 
 namespace {
 
-// What glog is told while it lives, each line behind a blank.
+using enum TableCheckStatus;
+
+struct LogLine {
+  int line;
+  std::string text;
+  bool operator==(const LogLine&) const = default;
+};
+
+void PrintTo(const LogLine& logged, std::ostream* out) {
+  *out << logged.line << ": " << logged.text;
+}
+
+// Records the lines that are logged while it lives.
 class LogSink final : public google::LogSink {
  public:
   LogSink() { google::AddLogSink(this); }
@@ -16,54 +29,89 @@ class LogSink final : public google::LogSink {
             const struct tm*, const char* message, std::size_t length) override {
     EXPECT_EQ(severity, google::GLOG_ERROR);
     EXPECT_STREQ(full_filename, "src/common/utils");
-    lines += ' ' + std::to_string(line) + ": " + std::string(message, length);
+    lines.push_back({line, std::string(message, length)});
   }
-  std::string lines;
+  std::vector<LogLine> lines;
 };
 
-// The codes for the table and for the column, and what is logged.
-std::string Checked(sqlite3* db, const char* table, const char* column) {
+void ExpectCheck(sqlite3* db, const char* table, const char* column, const TableCheckResult& expected,
+                 const std::vector<LogLine>& lines = {}) {
+  SCOPED_TRACE(testing::PrintToString(table));
   const LogSink sink;
   const TableCheckResult result = Utils::TableCheck(db, table, column);
-  return std::to_string(static_cast<int>(result.table)) + std::to_string(static_cast<int>(result.column)) +
-         sink.lines;
+  EXPECT_EQ(result.table, expected.table);
+  EXPECT_EQ(result.column, expected.column);
+  EXPECT_EQ(sink.lines, lines);
 }
 
-// Lets nothing be prepared while another statement lives. The one in the making may count already.
-int OneAtATime(void* context, int, const char*, const char*, const char*, const char*) {
-  auto* const db = static_cast<sqlite3*>(context);
-  sqlite3_stmt* const statement = sqlite3_next_stmt(db, nullptr);
-  return statement == nullptr || sqlite3_next_stmt(db, statement) == nullptr ? SQLITE_OK : SQLITE_DENY;
-}
+class TableCheck : public testing::Test {
+ protected:
+  TableCheck() {
+    EXPECT_EQ(sqlite3_open(":memory:", &db), SQLITE_OK);
+    const char* const schema =
+        "create table Files(fileID); create table Full(a); insert into Full values (1);"
+        "create table \"my-table\"(a); create table \"O'Hara\"(a); create view Seen as select 1 as a;"
+        "create index Sorted on Files(fileID);";
+    EXPECT_EQ(sqlite3_exec(db, schema, nullptr, nullptr, nullptr), SQLITE_OK);
+  }
+  // SQLite refuses to close a database while it has a statement.
+  ~TableCheck() override { EXPECT_EQ(sqlite3_close(db), SQLITE_OK); }
 
-TEST(TableCheck, TellsTablesAndColumns) {
   sqlite3* db = nullptr;
-  EXPECT_EQ(sqlite3_open(":memory:", &db), SQLITE_OK);
-  const char* const schema =
-      "create table Files(fileID); create table Full(a); insert into Full values (1); create table "
-      "\"my-table\"(a); create table \"O'Hara\"(a); create view Seen as select 1 as a; create index Sorted "
-      "on Files(fileID);";
-  EXPECT_EQ(sqlite3_exec(db, schema, nullptr, nullptr, nullptr), SQLITE_OK);
-  EXPECT_EQ(sqlite3_set_authorizer(db, OneAtATime, db), SQLITE_OK);
-  const char* const cases[][3] = {
-      {"Files", nullptr, "02"},  {"Files", "fileID", "00"}, {"Full", "a", "00"}, {"Full", "", "00"},
-      {"files", "fileID", "12"}, {"Missing", "a", "12"},    {"Seen", "a", "12"}, {"Sorted", nullptr, "12"},
-      {nullptr, "a", "12"},      {"O''Hara", nullptr, "02"}};
-  for (const auto& [table, column, expected] : cases)
-    EXPECT_EQ(Checked(db, table, column), expected) << testing::PrintToString(table);
-  EXPECT_EQ(Checked(db, "Full", "a) from Full where a = 2 group by a; --"), "01");
-  EXPECT_EQ(Checked(db, "Files", "size"), "03 402: OPEN STMT SQL: select count(size) from Files RES: 1");
-  EXPECT_EQ(Checked(db, "my-table", "a"), "03 402: OPEN STMT SQL: select count(a) from my-table RES: 1");
-  const std::string refused =
-      "32 377: OPEN STMT SQL: SELECT sql FROM sqlite_master WHERE type='table' AND name ='";
-  EXPECT_EQ(Checked(db, "O'Hara", "a"), refused + "O'Hara' RES: 1");
-  EXPECT_EQ(Checked(nullptr, "Files", "fileID"), refused + "Files' RES: 21");
+};
 
-  // A step that fails is no row: both queries can be prepared, the interrupt stops each at its step.
-  sqlite3_progress_handler(
-      db, 1, [](void*) { return 1; }, nullptr);
-  EXPECT_EQ(Checked(db, "Full", "a"), "12");
-  EXPECT_EQ(sqlite3_close(db), SQLITE_OK);  // which SQLite refuses while a statement lives
+TEST_F(TableCheck, FindsTablesAndColumns) {
+  ExpectCheck(db, "Files", nullptr, {Found, NotChecked});
+  ExpectCheck(db, "Files", "fileID", {Found, Found});
+  ExpectCheck(db, "Full", "a", {Found, Found});
+  ExpectCheck(db, "Full", "", {Found, Found});
+  ExpectCheck(db, "O''Hara", nullptr, {Found, NotChecked});
+  ExpectCheck(db, "files", "fileID", {NotFound, NotChecked});
+  ExpectCheck(db, "Missing", "a", {NotFound, NotChecked});
+  ExpectCheck(db, "Seen", "a", {NotFound, NotChecked});
+  ExpectCheck(db, "Sorted", nullptr, {NotFound, NotChecked});
+  ExpectCheck(db, nullptr, "a", {NotFound, NotChecked});
+  ExpectCheck(db, "Full", "a) from Full where a = 2 group by a; --", {Found, NotFound});
+}
+
+TEST_F(TableCheck, LogsWhatSqliteRejects) {
+  ExpectCheck(db, "Files", "size", {Found, PrepareFailed},
+              {{402, "OPEN STMT SQL: select count(size) from Files RES: 1"}});
+  ExpectCheck(db, "my-table", "a", {Found, PrepareFailed},
+              {{402, "OPEN STMT SQL: select count(a) from my-table RES: 1"}});
+  const std::string query = "OPEN STMT SQL: SELECT sql FROM sqlite_master WHERE type='table' AND name ='";
+  ExpectCheck(db, "O'Hara", "a", {PrepareFailed, NotChecked}, {{377, query + "O'Hara' RES: 1"}});
+  ExpectCheck(nullptr, "Files", "fileID", {PrepareFailed, NotChecked}, {{377, query + "Files' RES: 21"}});
+}
+
+// Two statements never live at once: the authorizer, which SQLite asks while it prepares one, rejects the
+// second.
+TEST_F(TableCheck, FinalizesTheFirstStatementBeforeItPreparesTheSecond) {
+  const auto only_one = [](void* context, int, const char*, const char*, const char*, const char*) {
+    auto* const database = static_cast<sqlite3*>(context);
+    // The statement in preparation may be listed already.
+    sqlite3_stmt* const statement = sqlite3_next_stmt(database, nullptr);
+    const bool one = statement == nullptr || sqlite3_next_stmt(database, statement) == nullptr;
+    return one ? SQLITE_OK : SQLITE_DENY;
+  };
+  EXPECT_EQ(sqlite3_set_authorizer(db, only_one, db), SQLITE_OK);
+  ExpectCheck(db, "Full", "a", {Found, Found});
+}
+
+// A step that fails finds nothing and logs nothing. With the schema in memory, a query of a database that
+// another connection has locked is prepared, and fails when it runs.
+TEST(TableCheckOfALockedDatabase, FindsNothing) {
+  const TemporaryFolder folder;
+  sqlite3* db = nullptr;
+  sqlite3* locking = nullptr;
+  EXPECT_EQ(sqlite3_open(folder.Path("db").c_str(), &db), SQLITE_OK);
+  EXPECT_EQ(sqlite3_open(folder.Path("db").c_str(), &locking), SQLITE_OK);
+  EXPECT_EQ(sqlite3_exec(db, "create table Files(fileID)", nullptr, nullptr, nullptr), SQLITE_OK);
+  ExpectCheck(db, "Files", "fileID", {Found, Found});
+  EXPECT_EQ(sqlite3_exec(locking, "begin exclusive", nullptr, nullptr, nullptr), SQLITE_OK);
+  ExpectCheck(db, "Files", "fileID", {NotFound, NotChecked});
+  EXPECT_EQ(sqlite3_close(locking), SQLITE_OK);
+  EXPECT_EQ(sqlite3_close(db), SQLITE_OK);
 }
 
 }  // namespace

@@ -1,14 +1,21 @@
 #include "common/utils/text.h"
 
+#include <strings.h>
+
+#include <cctype>
+#include <chrono>
+#include <clocale>
 #include <cstring>
 
+#include "common/utils/matching.h"
 #include "support/testing.h"
 
 namespace {
 
 using Text = std::optional<std::string>;
+using Fields = std::vector<std::string>;
 
-TEST(ConcatStr, JoinsWhatAnInt32CanMeasure) {
+TEST(ConcatStr, JoinsUpToTheLongestInt32) {
   EXPECT_EQ(Take(Utils::ConcatStr("dir", "/x")), "dir/x");
   EXPECT_EQ(Take(Utils::ConcatStr("", "")), "");
   EXPECT_EQ(Take(Utils::ConcatStr(nullptr, nullptr)), "");
@@ -22,28 +29,48 @@ TEST(ConcatStr, JoinsWhatAnInt32CanMeasure) {
 
 TEST(ReplaceChar, WritesTheSecondArgumentForTheThird) {
   EXPECT_EQ(Take(Utils::ReplaceChar("a.b.c", '/', '.')), "a/b/c");
+  EXPECT_EQ(Take(Utils::ReplaceChar("ab", '/', '.')), "ab");
   EXPECT_EQ(Take(Utils::ReplaceChar("ab", 'x', '\0')), "ab");
   EXPECT_EQ(Take(Utils::ReplaceChar("abc", '\0', 'b')), "a");
   EXPECT_EQ(Take(Utils::ReplaceChar(nullptr, 'a', 'b')), Text());
 }
 
 TEST(ReplaceStr, ReplacesInPlace) {
-  const char* const cases[][4] = {{"aa", "a", "ab", "abab 2"}, {"aaa", "aa", "b", "ba 1"},
-                                  {"abb", "ab", "a", "ab 1"},  {"abc", "b", nullptr, "ac 1"},
-                                  {"abc", "", "y", "abc 0"},   {"abc", nullptr, "y", "abc 0"},
-                                  {"ab", "abc", "x", "ab 0"},  {"abab", "ab", "", " 2"}};
-  for (const auto& [before, search, replacement, after] : cases) {
-    std::string text = before;
-    const std::int32_t count = Utils::ReplaceStr(text, search, replacement);
-    EXPECT_EQ(text + ' ' + std::to_string(count), after);
+  const struct {
+    const char *before, *search, *replacement, *after;
+    std::int32_t count;
+  } cases[] = {{"aa", "a", "ab", "abab", 2},   {"aaa", "aa", "b", "ba", 1}, {"abb", "ab", "a", "ab", 1},
+               {"abc", "b", nullptr, "ac", 1}, {"abc", "", "y", "abc", 0},  {"abc", nullptr, "y", "abc", 0},
+               {"ab", "abc", "x", "ab", 0},    {"abab", "ab", "", "", 2},   {"a-a", "a", "bb", "bb-bb", 2}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.before);
+    std::string text = c.before;
+    EXPECT_EQ(Utils::ReplaceStr(text, c.search, c.replacement), c.count);
+    EXPECT_EQ(text, c.after);
   }
 }
 
-TEST(ReplaceStr, TakesArgumentsFromTheEditedString) {
-  std::string text = "abab-b", other = "a.b.cd";
-  Utils::ReplaceStr(text, text.c_str() + 5, "xyz");  // "b"
-  Utils::ReplaceStr(other, ".", other.c_str() + 4);  // "cd"
-  EXPECT_EQ(text + ' ' + other, "axyzaxyz-xyz acdbcdcd");
+// Few and many matches, close together and far apart, to shorter, equal and longer texts.
+TEST(ReplaceStr, ReplacesEveryMatchAtAnyDistance) {
+  for (const std::size_t distance : {0u, 7u, 300u}) {
+    for (const std::size_t matches : {1u, 64u, 65u, 200u}) {
+      for (const std::string replacement : {"", "12345678", "<needles>"}) {
+        const std::string between(distance, 'n');
+        std::string text = Times(matches, between + "a needle") + between;
+        EXPECT_EQ(Utils::ReplaceStr(text, "a needle", replacement.c_str()), matches);
+        EXPECT_EQ(text, Times(matches, between + replacement) + between) << distance << ' ' << matches;
+      }
+    }
+  }
+}
+
+TEST(ReplaceStr, AcceptsArgumentsInsideTheEditedString) {
+  std::string text = "abab-b";
+  Utils::ReplaceStr(text, &text[5], "xyz");
+  EXPECT_EQ(text, "axyzaxyz-xyz");
+  text = "a.b.cd";
+  Utils::ReplaceStr(text, ".", &text[4]);
+  EXPECT_EQ(text, "acdbcdcd");
 }
 
 TEST(ReplaceStr, GrowsOnceAndOnlyAsFarAsNeeded) {
@@ -53,56 +80,143 @@ TEST(ReplaceStr, GrowsOnceAndOnlyAsFarAsNeeded) {
 }
 
 TEST(DeleteDelims, JoinsThePieces) {
-  const char* const cases[][4] = {{",a;b,,c;", ",;", "-", "a-b-c"}, {",a;b,,c;", ",;", nullptr, "abc"},
-                                  {"a,b,", ",", "", "ab"},          {"a,b", ",", "<=>", "a<=>b"},
-                                  {",;,", ",;", "-", nullptr},      {"", "", "-", nullptr},
-                                  {nullptr, ",;", "-", nullptr},    {"a,b", nullptr, "-", "a,b"},
-                                  {"a,b", "", "-", "a,b"},          {"\xFF.", "\xFF", "-", "."}};
-  for (const auto& [text, delimiters, joiner, result] : cases)
-    EXPECT_EQ(Take(Utils::DeleteDelims(text, delimiters, joiner)), result != nullptr ? Text(result) : Text());
-  EXPECT_EQ(Take(Utils::DeleteDelims("seventeen letters,b", ",", "-")), "seventeen letters-b");
+  const struct {
+    const char *text, *delimiters, *joiner;
+    Text result;
+  } cases[] = {{",a;b,,c;", ",;", "-", "a-b-c"},
+               {",a;b,,c;", ",;", nullptr, "abc"},
+               {"a,b,", ",", "", "ab"},
+               {"a,b", ",", "<=>", "a<=>b"},
+               {",;,", ",;", "-", {}},
+               {"", "", "-", {}},
+               {nullptr, ",;", "-", {}},
+               {"a,b", nullptr, "-", "a,b"},
+               {"a,b", "", "-", "a,b"},
+               {"\xFF.", "\xFF", "-", "."},
+               {"seventeen letters,b", ",", "-", "seventeen letters-b"}};
+  for (const auto& c : cases) EXPECT_EQ(Take(Utils::DeleteDelims(c.text, c.delimiters, c.joiner)), c.result);
 }
 
 TEST(SplitWithFlag, AppendsEveryField) {
-  const char* const cases[][3] = {
-      {"a,b,c", ",", "+a+b+c"}, {"a,,b", ",", "+a++b"},  {",a", ",", "++a"}, {"a,", ",", "+a"},
-      {",", ",", "+"},          {",,", ",", "++"},       {"", ",", ""},      {nullptr, ",", ""},
-      {"a,b", "", "+a,b"},      {"\xFF.", "\xFF", "++."}};
-  for (const auto& [text, separator, expected] : cases) {
-    std::vector<std::string> fields = {"kept"};
-    Utils::SplitWithFlag(text, *separator, fields);
-    std::string joined;
-    for (const std::string& field : fields) joined += '+' + field;
-    EXPECT_EQ(joined, std::string("+kept") + expected);
+  const struct {
+    const char* text;
+    char separator;
+    Fields fields;
+  } cases[] = {{"a,b,c", ',', {"a", "b", "c"}},
+               {"a,,b", ',', {"a", "", "b"}},
+               {",a", ',', {"", "a"}},
+               {"a,", ',', {"a"}},
+               {",", ',', {""}},
+               {",,", ',', {"", ""}},
+               {"", ',', {}},
+               {nullptr, ',', {}},
+               {"a,b", '\0', {"a,b"}},
+               {"\xFF.", '\xFF', {"", "."}}};
+  for (const auto& c : cases) {
+    Fields fields = {"kept"};
+    Utils::SplitWithFlag(c.text, c.separator, fields);
+    Fields expected = c.fields;
+    expected.insert(expected.begin(), "kept");
+    EXPECT_EQ(fields, expected);
   }
-  std::vector<std::string> own = {"a,b"};
-  Utils::SplitWithFlag(own[0].c_str(), ',', own);
-  EXPECT_EQ(own, (std::vector<std::string>{"a,b", "a", "b"}));
 }
 
-TEST(MemMem, FindsTheFirstPlace) {
+TEST(SplitWithFlag, AcceptsAFieldOfTheSameVector) {
+  Fields fields = {"a,b"};
+  Utils::SplitWithFlag(fields[0].c_str(), ',', fields);
+  EXPECT_EQ(fields, (Fields{"a,b", "a", "b"}));
+}
+
+TEST(SplitWithFlag, MovesNothingWhileTheCapacityIsEnough) {
+  for (const auto& [text, added] : {std::pair("", 0u), {"a,", 1u}, {"a", 1u}, {"a,b", 2u}}) {
+    Fields fields = {"kept"};
+    fields.reserve(fields.size() + added);
+    const std::string* const before = fields.data();
+    Utils::SplitWithFlag(text, ',', fields);
+    EXPECT_EQ(fields.data(), before) << text;
+  }
+}
+
+TEST(MemMem, FindsTheFirstMatch) {
   const char text[] = "abcabc\0\1\0\2";
-  const std::pair<std::string_view, const char*> cases[] = {
-      {"bc", text + 1}, {"c", text + 2},         {"abcabc", text}, {"bcd", nullptr},
-      {"ca", text + 2}, {{"\0\2", 2}, text + 8}, {"", nullptr},    {"abcabcabcab", nullptr}};
+  const struct {
+    std::string_view pattern;
+    const char* found;
+  } cases[] = {{"bc", text + 1}, {"c", text + 2},         {"abcabc", text}, {"bcd", nullptr},
+               {"ca", text + 2}, {{"\0\2", 2}, text + 8}, {"", nullptr},    {"abcabcabcab", nullptr}};
   for (const auto& [pattern, found] : cases)
     EXPECT_EQ(Utils::MemMem(text, 10, pattern.data(), pattern.size()), found) << pattern;
 }
 
 // Every place of a match around the edges of the blocks that the search works in, in a buffer without a byte
-// to spare.
-TEST(MemMem, SeesEveryPlaceAndNotAByteMore) {
+// to spare, after false matches that make it use each of its methods.
+TEST(MemMem, FindsEveryPlaceAndReadsNoFurther) {
   for (const std::size_t size : {2u, 17u, 49u, 65u, 290u, 545u, 600u}) {
     for (const std::size_t length : {2u, 3u, 17u, 64u}) {
-      for (std::size_t at = 0; at + length <= size; ++at) {
-        std::vector<char> range(size, 'a');
-        const std::string pattern = std::string(length - 1, 'a') + 'b';
-        ASSERT_EQ(Utils::MemMem(range.data(), size, pattern.data(), length), nullptr);
-        range[at + length - 1] = 'b';
-        ASSERT_EQ(Utils::MemMem(range.data(), size, pattern.data(), length), range.data() + at);
+      for (const char filler : {'a', 'x'}) {
+        for (std::size_t at = 0; at + length <= size; ++at) {
+          std::vector<char> range(size, filler);
+          const std::string pattern = std::string(length - 1, 'a') + 'b';
+          ASSERT_EQ(Utils::MemMem(range.data(), size, pattern.data(), length), nullptr);
+          std::copy(pattern.begin(), pattern.end(), range.begin() + static_cast<std::ptrdiff_t>(at));
+          ASSERT_EQ(Utils::MemMem(range.data(), size, pattern.data(), length), range.data() + at);
+        }
       }
     }
   }
+}
+
+// A length beyond every buffer: the caller knows that there is a match. A sanitizer sees what is read behind
+// it.
+TEST(MemMem, StopsAtTheMatchWhateverTheLength) {
+  EXPECT_STREQ(static_cast<const char*>(Utils::MemMem("abcabc", ULONG_MAX, "bc", 2)), "bcabc");
+  std::vector<char> range(700, 'a');
+  range.back() = 'b';
+  EXPECT_EQ(Utils::MemMem(range.data(), ULONG_MAX, "aab", 3), &range[697]);
+}
+
+// Four times the text takes some four times as long; a quadratic search would take sixteen times, a second.
+TEST(Searches, TakeLinearTime) {
+  const auto seconds = [](std::size_t size) {
+    const std::string period = "aab";
+    std::string text = Times(size / 3, period);
+    std::string search = Times(size / 12, period);
+    search[search.size() / 3 * 2] = 'c';
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(Utils::MemMem(text.data(), text.size(), search.data(), search.size()), nullptr);
+    EXPECT_EQ(Utils::ReplaceStr(text, search.c_str(), "x"), 0);
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  };
+  const double once = seconds(200'000);
+  EXPECT_LT(seconds(800'000), 6 * once + 0.1);
+}
+
+// What CompareI is specified to do: compare the texts folded byte by byte.
+int CompareFolded(std::string first, std::string second) {
+  for (std::string* text : {&first, &second})
+    for (char& byte : *text) byte = static_cast<char>(std::tolower(static_cast<signed char>(byte)));
+  const int order = first.compare(second);
+  return (order > 0) - (order < 0);
+}
+
+// All pairs of bytes in the locales of this machine: Turkish folds I otherwise, KOI8-R folds 0xFF, which as a
+// signed char is EOF, Latin locales fold bytes beyond ASCII, UTF-8 ones do not.
+TEST(CompareI, FoldsAsTheLocaleDoes) {
+  for (const char* locale : {"C", "C.UTF-8", "tr_TR.UTF-8", "tr_TR.ISO-8859-9", "de_DE.ISO-8859-1",
+                             "ru_RU.KOI8-R", "el_GR.ISO-8859-7"}) {
+    if (std::setlocale(LC_ALL, locale) == nullptr) continue;
+    // A sanitizer's strcasecmp knows ASCII alone.
+    if (std::tolower(0xC4) != 0xC4 && ::strcasecmp("\xC4", "\xE4") != 0) continue;
+    for (int first = 1; first < 256; ++first) {
+      for (int second = 1; second < 256; ++second) {
+        const std::string one = {'x', static_cast<char>(first)};
+        const std::string other = {'X', static_cast<char>(second)};
+        const int order = Utils::CompareI(one.c_str(), other.c_str());
+        ASSERT_EQ((order > 0) - (order < 0), CompareFolded(one, other)) << locale << first << ' ' << second;
+      }
+    }
+  }
+  std::setlocale(LC_ALL, "C");
 }
 
 }  // namespace

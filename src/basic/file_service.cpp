@@ -12,8 +12,8 @@ namespace {
 
 class FileService final : public IBasUtilityFile {
  public:
-  // Makes missing parents too. Works in a buffer on the stack, so that nothing here can throw. One call of the
-  // system if the directory exists or its parent does.
+  // Makes missing parents too, once the directory itself has turned out to need them. Works in a buffer on
+  // the stack, so that nothing here can throw.
   void CreateDirectory(const char* path) override {
     if (path == nullptr || ::mkdir(path, kDirectoryMode) == 0 || errno != ENOENT) return;
     char partial[PATH_MAX];
@@ -28,7 +28,7 @@ class FileService final : public IBasUtilityFile {
     ::mkdir(partial, kDirectoryMode);
   }
 
-  // Looks before it opens: opening a pipe or a device can block or wake somebody at its other end.
+  // Checks the type before it opens: opening a pipe or a device can block or have side effects.
   std::uint64_t GetFileSize(const char* path) override {
     struct stat status {};
     if (::stat(path, &status) != 0 || !S_ISREG(status.st_mode)) return 0;
@@ -44,7 +44,7 @@ class FileService final : public IBasUtilityFile {
   }
 
  private:
-  static constexpr mode_t kDirectoryMode = 0777;  // narrowed by the process's umask
+  static constexpr mode_t kDirectoryMode = 0777;  // less the process's umask
 };
 
 constinit FileService service;

@@ -1,4 +1,4 @@
-// The stand-in's three services, for its accessors and for tests that put something of their own in between.
+// Internal. The stand-in's three services, for its accessors and for tests that wrap them.
 
 #pragma once
 

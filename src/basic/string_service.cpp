@@ -12,7 +12,7 @@ class StringService final : public IBasUtilityString {
  public:
   void FreeString(char* text) override { std::free(text); }
 
-  // SHA-1 as 40 lower-case hexadecimal digits: the name under which device backups store a file.
+  // SHA-1 as 40 lower-case hexadecimal digits: the names of the files in a device backup.
   char* DigestString(const char* text) override {
     sha1_ctx context;
     sha1_init(&context);

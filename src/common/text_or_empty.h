@@ -1,4 +1,4 @@
-// Internal. How the library reads a text that must not be null but is.
+// Internal. Null texts count as empty ones.
 
 #pragma once
 

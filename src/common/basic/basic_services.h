@@ -1,12 +1,12 @@
-// The host's basic services, as far as this library calls them.
+// The operations of the host's basic services that this library calls.
 //
-// libBasic implements the three interfaces and exports the three accessors. The service objects are
-// libBasic's: nobody here keeps, copies or deletes one. An accessor is asked anew before every operation,
+// libBasic implements the three interfaces, exports the three accessors and owns the service objects. The
+// library keeps no pointer to one but calls the accessor before every operation:
 //
 //   std::uint64_t size = BasUtilityFile()->GetFileSize(path);
 //
-// so accessors must be cheap, must never return null, and, like every operation, must be callable on any
-// thread. Whatever a service throws reaches the host. Texts end with a NUL and cross unchanged.
+// REQUIRES of libBasic: accessors are cheap and never return null; accessors and operations may be called on
+// any thread. What a service throws reaches the host. Texts are NUL-terminated and passed on unchanged.
 
 #pragma once
 
@@ -16,15 +16,15 @@
 // Files.
 class IBasUtilityFile {
  public:
-  // Makes the directory `path`. One that stands there already is no failure; a failure is told to nobody, so
-  // this must neither throw nor end the process. `path` has no separator at its end unless it is a backup
-  // root itself.
+  // Makes the directory `path`. It is no failure if that exists. Failures are not reported, so this must
+  // neither throw nor end the process. `path` ends with no separator unless it is a backup root itself.
   virtual void CreateDirectory(const char* path) = 0;
 
-  // The number of bytes that reading `path` from its start yields; 0 for what is empty or cannot be read.
+  // The number of bytes to read in the file `path`; 0 when it is empty or cannot be read.
   virtual std::uint64_t GetFileSize(const char* path) = 0;
 
-  // A stream as from std::fopen, or null. The caller closes it with std::fclose. `mode` is always "rb" here.
+  // A stream as from std::fopen, which the caller closes with std::fclose; null on failure. `mode` is always
+  // "rb".
   virtual std::FILE* OpenFile(const char* path, const char* mode) = 0;
 
  protected:
@@ -34,11 +34,11 @@ class IBasUtilityFile {
 // Texts.
 class IBasUtilityString {
  public:
-  // Takes back what DigestString returned, once.
+  // Frees a result of DigestString; called once for each.
   virtual void FreeString(char* text) = 0;
 
-  // A digest that depends on `text` alone; never null. It names a stored file, and its first two characters a
-  // directory. The service owns the block: hand it back to FreeString.
+  // A digest that depends on `text` alone, as a text that FreeString frees; never null. Used as the name of a
+  // file, and its first two characters as that of a directory.
   virtual char* DigestString(const char* text) = 0;
 
  protected:
@@ -48,18 +48,16 @@ class IBasUtilityString {
 // The machine.
 class IBasUtilitySys {
  public:
-  // Whether this machine stores the least significant byte of an integer first. Asked once per decoded
-  // integer.
+  // Whether this machine is little-endian. Called once for every decoded integer.
   virtual bool IsLittleEndian() = 0;
 
  protected:
   ~IBasUtilitySys() = default;
 };
 
-// Visible to other libraries, whatever a libBasic is compiled with.
+// Exported from libBasic even when it is compiled with hidden visibility.
 #define HOSTUTIL_BASIC_IMPORT __attribute__((visibility("default")))
 
-// The services, which stay libBasic's. Never null.
 HOSTUTIL_BASIC_IMPORT IBasUtilityFile* BasUtilityFile();
 HOSTUTIL_BASIC_IMPORT IBasUtilityString* BasUtilityString();
 HOSTUTIL_BASIC_IMPORT IBasUtilitySys* BasUtilitySys();

@@ -12,7 +12,7 @@ std::string Utils::CalcFileID(const char* first, const char* second) {
   joined.reserve(head.size() + 1 + tail.size());
   joined.append(head).append(1, '-').append(tail);
 
-  // Freed by hand on both ways out: a service may throw, which no destructor could pass on.
+  // No owner type frees the digest: FreeString may throw, which a destructor cannot pass on.
   char* const digest = BasUtilityString()->DigestString(joined.c_str());
   std::string id;
   try {
@@ -35,7 +35,8 @@ std::string Utils::ConcatBackupFilePath(const char* root, const char* file_id, b
   const std::size_t slash = path.size() - 1;
   path += id;
   if (two_level && create) {
-    // The caller's texts are no longer read: whatever the service does to them, the path stays.
+    // The folder is the path cut at the slash. The caller's texts, which the service may change, are not read
+    // again.
     path[slash] = '\0';
     BasUtilityFile()->CreateDirectory(path.c_str());
     path[slash] = '/';

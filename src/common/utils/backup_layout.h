@@ -1,9 +1,9 @@
-// The identifier of a backed-up file, and its place in a backup on disk.
+// The identifier of a file in a backup, and its path there.
 //
 //   std::string id = Utils::CalcFileID("HomeDomain", "Library/notes.db");
 //   Utils::ConcatBackupFilePath("/backups/1/", id.c_str(), true, false)   // /backups/1/4c/4c936ec5...
 //
-// Both let std::bad_alloc and std::length_error out. A null text counts as the empty one.
+// A null text counts as the empty one. Both throw std::bad_alloc and std::length_error.
 
 #pragma once
 
@@ -13,16 +13,16 @@
 
 namespace Utils {
 
-// The identifier under which a backup stores a file: the host's digest of `first`, "-" and `second`. In a
-// device backup `first` is the file's domain and `second` its path there. Nothing is escaped, so ("a-", "b")
-// and ("a", "-b") share an identifier.
+// The identifier of a file: the string service's digest of `first`, "-" and `second` joined. In a device
+// backup `first` is the file's domain and `second` its path in the domain. Nothing is escaped: ("a-", "b") and
+// ("a", "-b") have the same identifier.
 HOSTUTIL_EXPORT std::string CalcFileID(const char* first, const char* second);
 
-// Where a backup stores the file `file_id`. Flat: `root` and the identifier. Two-level: `root`, the
-// identifier's first two characters, "/", the identifier. No separator is put behind `root`, so one that
-// names a folder ends with "/". With `create`, the two-level folder is asked of the host's file service,
-// whose outcome is not looked at; the flat layout never creates anything. The identifier is used as it is:
-// check one from outside before you trust the path.
+// The path of the file `file_id` in a backup: `root` and the identifier in the flat layout; `root`, the
+// identifier's first two characters, "/" and the identifier in the two-level layout. No separator is added
+// after `root`, so the name of a folder must end with "/". With `create`, the file service is asked to make
+// the folder of the two-level layout; its failure is ignored. The flat layout creates nothing. The identifier
+// is not checked: do so before you open a path made of one from outside.
 HOSTUTIL_EXPORT std::string ConcatBackupFilePath(const char* root, const char* file_id, bool two_level,
                                                  bool create);
 

@@ -17,21 +17,21 @@ constexpr std::size_t kDurationBlock = 16;  // "1193046:28:15" is the longest
 constexpr std::size_t kDateBlock = 24;
 constexpr std::size_t kLongestDate = 32;  // a year of ten digits and a sign
 
-// The local date and time in the zone that was looked up last.
+// The local date and time in the time zone that was read last.
 std::optional<std::tm> BrokenDown(std::time_t time) {
   std::tm fields{};
   if (::localtime_r(&time, &fields) == nullptr) return std::nullopt;
   return fields;
 }
 
-// std::localtime without its shared result. It looks the time zone up, and so does this.
+// std::localtime without its shared result; reads the time zone anew, as that does.
 std::optional<std::tm> LocalTime(std::time_t time) {
   ::tzset();
   return BrokenDown(time);
 }
 
-// The time of a local date, whose fields need not be normalised. std::mktime's -1 is also the second before
-// 1970, so success is read from the weekday, which it fills in.
+// The time of a local date, whose fields need not be normalised. std::mktime's -1 is also a valid time, so
+// success is read from the weekday, which mktime sets.
 std::optional<std::time_t> ToTime(std::tm fields) {
   fields.tm_wday = -1;
   const std::time_t time = std::mktime(&fields);
@@ -39,8 +39,7 @@ std::optional<std::time_t> ToTime(std::tm fields) {
   return time;
 }
 
-// Writes `value` with `width` digits at least and returns the end of it. Beside the printf family, which
-// reads a format at every call, this is several times as fast.
+// Writes `value` with at least `width` digits and returns the end. Several times as fast as snprintf.
 char* WriteNumber(char* write, std::int64_t value, std::ptrdiff_t width) {
   if (value < 0) {
     *write++ = '-';
@@ -61,10 +60,9 @@ char* WritePairs(char* write, char between, std::initializer_list<int> values) {
   return write;
 }
 
-// A date, perhaps with its time, as text.
 class DateText {
  public:
-  // Years are counted in 64 bits: one near the largest int may not have 1900 added to it.
+  // In 64 bits: tm_year + 1900 may overflow an int.
   explicit DateText(const std::tm& date)
       : end_(WritePairs(WriteNumber(text_, std::int64_t{date.tm_year} + 1900, 4), '-',
                         {date.tm_mon + 1, date.tm_mday})) {}
@@ -110,7 +108,7 @@ std::pair<std::string, std::string> Utils::MonthRange(long time) {
   date->tm_mday = 1;
   const std::optional<std::time_t> next_month = ToTime(*date);
   if (!next_month) return {};
-  const std::optional<std::tm> last = BrokenDown(*next_month - kDay);  // mktime has looked the zone up
+  const std::optional<std::tm> last = BrokenDown(*next_month - kDay);  // mktime has read the time zone
   if (!last) return {};
   std::tm first = *last;
   first.tm_mday = 1;

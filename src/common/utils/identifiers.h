@@ -1,4 +1,4 @@
-// Fresh unique identifiers.
+// New unique identifiers.
 //
 //   AutoreleasePool pool;
 //   std::string id = Utils::GenerateLowerUuid();   // "0b5a3f6e-6f0c-4b52-9c44-2f4d1a1f0b7d"
@@ -11,9 +11,9 @@
 
 namespace Utils {
 
-// A new universally unique identifier: 36 characters, hexadecimal digits in lower case in groups of 8, 4, 4,
-// 4 and 12. The platform's text object goes to the calling thread's autorelease pool, which the host
-// provides; without one it lives as long as the thread, on macOS for good. Throws std::bad_alloc.
+// A new UUID of 36 characters in lower case, as above. Creates an object in the calling thread's autorelease
+// pool, which the host provides; without a pool it is released when the thread ends, on macOS never. Throws
+// std::bad_alloc.
 HOSTUTIL_EXPORT std::string GenerateLowerUuid();
 
 }  // namespace Utils

@@ -22,8 +22,8 @@ unsigned char Folded(char byte) {
   return static_cast<unsigned char>(std::tolower(static_cast<signed char>(byte)));
 }
 
-// Whether strcasecmp orders texts as CompareI must. glibc's folds by the table that tolower reads, but as
-// unsigned char. That table is the same for negative values but at -1, which is EOF: KOI8-R folds 0xFF, not -1.
+// Whether strcasecmp folds every byte as Folded does. glibc's reads the same table of the locale, but with
+// unsigned indexes. Both halves of the table agree but for -1, which is EOF: KOI8-R folds 0xFF and not -1.
 bool StrcasecmpFoldsAlike() {
 #ifdef __GLIBC__
   return std::tolower(0xFF) == 0xFF;
@@ -32,6 +32,7 @@ bool StrcasecmpFoldsAlike() {
 #endif
 }
 
+// Out of line, so that CompareI saves no registers for it.
 [[gnu::noinline]] std::int32_t CompareFolded(const char* first, const char* second) {
   for (;; ++first, ++second) {
     if (*first == '\0' || *second == '\0') return (*first != '\0') - (*second != '\0');

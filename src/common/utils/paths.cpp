@@ -15,8 +15,8 @@ struct FreeText {
   void operator()(char* text) const { std::free(text); }
 };
 
-// What follows the last of `separators`; all of `path` when there is none.
-std::string_view BehindLast(std::string_view path, const char* separators) {
+// The part of `path` after the last of `separators`; all of it when there is none.
+std::string_view AfterLast(std::string_view path, const char* separators) {
   return path.substr(path.find_last_of(separators) + 1);  // npos + 1 is 0
 }
 
@@ -36,7 +36,7 @@ std::string Utils::GetParentDir(const char* path) {
 }
 
 std::string Utils::GetFileName(const char* path) {
-  return std::string(BehindLast(TextOrEmpty(path), "/\\"));
+  return std::string(AfterLast(TextOrEmpty(path), "/\\"));
 }
 
 std::string Utils::GetFileNameWithoutExt(const char* path) {

@@ -12,7 +12,7 @@
 
 namespace {
 
-// Where the log lines say that they come from; hosts filter by these.
+// The source location of the log lines, which hosts filter by.
 constexpr char kLogFile[] = "src/common/utils";
 constexpr int kSchemaQueryLine = 377;
 constexpr int kColumnQueryLine = 402;
@@ -21,13 +21,12 @@ struct FinalizeStatement {
   void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
 };
 
-// Whether `sql` can be prepared and then gives a row.
 TableCheckStatus Check(sqlite3* db, const std::string& sql, int log_line) {
   const int length = static_cast<int>(std::min<std::size_t>(sql.size(), INT_MAX));
   sqlite3_stmt* prepared = nullptr;
   const int refused = sqlite3_prepare(db, sql.c_str(), length, &prepared, nullptr);
   if (refused != SQLITE_OK) {
-    // The code as a text, since the stream would group its digits by the global locale.
+    // As a text: the stream would group the digits by the global locale.
     google::LogMessage(kLogFile, log_line, google::GLOG_ERROR).stream()
         << "OPEN STMT SQL: " << sql << " RES: " << std::to_string(refused);
     return TableCheckStatus::PrepareFailed;

@@ -9,30 +9,28 @@
 
 #include "common/export.h"
 
-// The answer to one query.
+// The outcome of one query.
 enum class TableCheckStatus : std::int32_t {
-  Found = 0,          // the query gave a row
-  NotFound = 1,       // it gave none, or failed while running (a busy or locked database, say)
-  NotChecked = 2,     // the column was not asked for, or there is no table to ask
-  PrepareFailed = 3,  // SQLite refused the query, and one line was logged
+  Found = 0,          // the query returned a row
+  NotFound = 1,       // it returned none, or failed while running (a busy or locked database, say)
+  NotChecked = 2,     // there was no query: no column was given, or the table was not found
+  PrepareFailed = 3,  // SQLite rejected the query, and one line was logged
 };
 
-// What TableCheck found.
 struct TableCheckResult {
-  TableCheckStatus table;   // of the table
-  TableCheckStatus column;  // of the column in it
+  TableCheckStatus table;
+  TableCheckStatus column;
 };
 
 namespace Utils {
 
-// Looks for a table of exactly that name (case counts; views, indexes and triggers do not), then, when
-// `column` is not null and the table is there, whether `column` can be selected from it; PrepareFailed is the
-// usual answer for a column that the table lacks. `db` is an open sqlite3 connection and stays the caller's;
-// each statement is finalized before the next step. A query that SQLite refuses is logged through glog as one
-// ERROR line. Throws std::bad_alloc.
+// Whether there is a table of exactly this name (case counts; views, indexes and triggers do not) and, if so
+// and if `column` is not null, whether `column` can be selected from it. A column that the table lacks is
+// usually PrepareFailed. `db` is an open sqlite3 connection, which stays the caller's; no statement outlives
+// the call. A query that SQLite rejects is logged through glog as one ERROR line. Throws std::bad_alloc.
 //
-// The names go into the queries as they are, unquoted and unescaped: never pass a name from outside. A null
-// table counts as the empty name; for a null connection SQLite's own refusal is reported.
+// The names are put into the queries unquoted and unescaped: never pass a name from outside. A null table
+// counts as the empty name; SQLite rejects a null connection.
 HOSTUTIL_EXPORT TableCheckResult TableCheck(void* db, const char* table, const char* column);
 
 }  // namespace Utils
