@@ -1,4 +1,4 @@
-// Utils::ColorHexToRGB against a reading of the pairs by hand. The input is the code.
+// Compares Utils::ColorHexToRGB with a parser of its own. The input is the code.
 
 #include <cctype>
 #include <optional>
@@ -15,7 +15,7 @@ int DigitValue(char digit) {
   return lower <= '9' ? lower - '0' : lower - 'a' + 10;
 }
 
-// The number at the start of a pair: white space, a sign, digits; nothing when there is no digit.
+// The number at the start of a pair: white space, a sign, digits. Nothing if there is no digit.
 std::optional<int> Component(std::string_view pair) {
   while (!pair.empty() && std::isspace(static_cast<unsigned char>(pair[0])) != 0) pair.remove_prefix(1);
   const bool negative = !pair.empty() && pair[0] == '-';
@@ -43,7 +43,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const RgbColor color = Utils::ColorHexToRGB(text.c_str());
     Fuzz::Require(red == color.red && green == color.green && blue == color.blue, "the components");
   } catch (const std::invalid_argument&) {
-    Fuzz::Require(!red || !green || !blue, "a throw means that a pair has no digit");
+    Fuzz::Require(!red || !green || !blue, "only a pair without a digit throws");
   }
   return 0;
 }

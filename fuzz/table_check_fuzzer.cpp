@@ -1,5 +1,5 @@
-// Utils::TableCheck with any names on a small database in memory. The input is the table's name and, behind a
-// newline, the column's; without a newline no column is asked for.
+// Calls Utils::TableCheck with any names on a small database in memory. The input is the table's name and,
+// after a newline, the column's; without a newline the column is null.
 
 #include <glog/logging.h>
 #include <sqlite3.h>
@@ -12,14 +12,13 @@
 
 namespace {
 
-// A name may smuggle in a query that never ends or asks for all memory; both are SQLite's to stop.
+// SQLite stops queries that a name injects and that would run for ever or exhaust memory.
 constexpr int kMostSteps = 20'000;
 constexpr sqlite3_int64 kMostMemory = 64 << 20;
 constexpr int kLongestValue = 1 << 20;
 
 const std::set<std::string_view> kTables = {"Files", "Properties", "my-table"};
 
-// Keeps the text of the last line and the number of lines.
 class LogKeeper final : public google::LogSink {
  public:
   void send(google::LogSeverity /*severity*/, const char* /*file*/, const char* /*base*/, int /*line*/,
@@ -68,7 +67,7 @@ bool CanOccur(const TableCheckResult& result) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static Database* const database = new Database;  // reached from here as long as the process runs
+  static Database* const database = new Database;  // never destroyed
   std::string_view rest = Fuzz::Input(data, size);
   const bool with_column = rest.find('\n') != std::string_view::npos;
   const Fuzz::Text table(Fuzz::TakeLine(rest));
@@ -78,15 +77,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const TableCheckResult result =
       Utils::TableCheck(database->db, table.c_str(), with_column ? column.c_str() : nullptr);
 
-  Fuzz::Require(CanOccur(result), "a pair of states that can occur");
+  Fuzz::Require(CanOccur(result), "a pair of states that may occur");
   Fuzz::Require(sqlite3_next_stmt(database->db, nullptr) == nullptr, "every statement is finalized");
-  const bool refused =
+  const bool rejected =
       result.table == TableCheckStatus::PrepareFailed || result.column == TableCheckStatus::PrepareFailed;
-  Fuzz::Require(database->log.lines == (refused ? 1 : 0), "one line for a refused query, else none");
-  if (refused) {
+  Fuzz::Require(database->log.lines == (rejected ? 1 : 0), "one line for a rejected query, else none");
+  if (rejected) {
     Fuzz::Require(database->log.last.starts_with("OPEN STMT SQL: ") &&
                       database->log.last.find(" RES: ") != std::string::npos,
-                  "the line tells the query and the code");
+                  "the line has the query and the code");
   }
   const std::string_view name = table.c_str();
   if (name.find('\'') == std::string_view::npos) {

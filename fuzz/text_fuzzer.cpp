@@ -1,5 +1,5 @@
-// The text and path functions against the plainest code that does the same. The input is three texts with a
-// newline between each two.
+// Compares the text and path functions with the simplest code that does the same. The input is three texts,
+// separated by newlines.
 
 #include <algorithm>
 #include <cctype>
@@ -19,16 +19,15 @@ namespace {
 using Fuzz::Require;
 using Fuzz::Text;
 
-// Whether a result that the caller frees is `expected` (null stands for no text), and no longer than its
-// block.
-bool IsNow(char* result, const std::string* expected) {
+// Whether `result`, which this frees, equals `expected`; null is no text.
+bool Matches(char* result, const std::string* expected) {
   const std::unique_ptr<char, decltype(&std::free)> owner(result, &std::free);
   if (result == nullptr || expected == nullptr) return result == nullptr && expected == nullptr;
   return std::memcmp(result, expected->c_str(), expected->size() + 1) == 0;
 }
 
-bool IsNow(char* result, const std::string& expected) {
-  return IsNow(result, &expected);
+bool Matches(char* result, const std::string& expected) {
+  return Matches(result, &expected);
 }
 
 std::string Replaced(std::string text, const std::string& search, const std::string& replacement,
@@ -51,7 +50,7 @@ void CheckReplaceStr(const std::string& text, const std::string& search, const s
               edited == expected,
           "ReplaceStr");
 
-  // Both texts inside the string that is edited.
+  // The search text and the replacement inside the edited string.
   std::string own = text;
   const char* const own_search = own.c_str() + std::min(search.size(), own.size());
   const char* const own_replacement = own.c_str() + std::min(replacement.size(), own.size());
@@ -63,7 +62,7 @@ void CheckReplaceStr(const std::string& text, const std::string& search, const s
 void CheckReplaceChar(const std::string& text, char write, char find) {
   std::string expected = text;
   if (find != '\0') std::replace(expected.begin(), expected.end(), find, write);
-  Require(IsNow(Utils::ReplaceChar(Text(text).c_str(), write, find), expected), "ReplaceChar");
+  Require(Matches(Utils::ReplaceChar(Text(text).c_str(), write, find), expected), "ReplaceChar");
 }
 
 void CheckDeleteDelims(const std::string& text, const std::string& delimiters, const std::string& joiner) {
@@ -77,8 +76,8 @@ void CheckDeleteDelims(const std::string& text, const std::string& delimiters, c
     expected += piece;
     first = false;
   }
-  Require(IsNow(Utils::DeleteDelims(Text(text).c_str(), Text(delimiters).c_str(), Text(joiner).c_str()),
-                expected.empty() ? nullptr : &expected),
+  Require(Matches(Utils::DeleteDelims(Text(text).c_str(), Text(delimiters).c_str(), Text(joiner).c_str()),
+                  expected.empty() ? nullptr : &expected),
           "DeleteDelims");
 }
 
@@ -143,7 +142,7 @@ void CheckPaths(const std::string& path, const std::string& name) {
 
   const bool between = path.find('/') != std::string::npos && path.back() != '/';
   Require(
-      IsNow(Utils::ConcatFilePath(c_path.c_str(), Text(name).c_str()), path + (between ? "/" : "") + name),
+      Matches(Utils::ConcatFilePath(c_path.c_str(), Text(name).c_str()), path + (between ? "/" : "") + name),
       "ConcatFilePath");
 }
 
@@ -154,8 +153,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string first(Fuzz::TakeLine(rest));
   const std::string second(Fuzz::TakeLine(rest));
   const std::string third(rest);
-  // The same as NUL-terminated texts; the functions that take a standard string or a length see the bytes
-  // behind.
+  // Cut at the first NUL. Functions that take a standard string or a length get the uncut texts.
   const std::string text = first.c_str();
   const std::string other = second.c_str();
   const std::string last = third.c_str();
@@ -169,6 +167,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   CheckSplit(text, separator);
   CheckCompare(text, other);
   CheckPaths(text, other);
-  Require(IsNow(Utils::ConcatStr(Text(text).c_str(), Text(other).c_str()), text + other), "ConcatStr");
+  Require(Matches(Utils::ConcatStr(Text(text).c_str(), Text(other).c_str()), text + other), "ConcatStr");
   return 0;
 }

@@ -29,43 +29,33 @@ struct Recording final : IBasUtilityString, IBasUtilityFile {
 };
 
 TEST(CalcFileID, CopiesTheDigestAndFreesItOnce) {
-  const struct {
-    const char *first, *second, *digested;
-  } cases[] = {{"A", "B/c", "digest A-B/c"},
-               {"", "", "digest -"},
-               {"a", "-b", "digest a--b"},
-               {nullptr, nullptr, "digest -"}};
-  for (const auto& c : cases) {
+  const char* const cases[][3] = {{"A", "B/c", "digest A-B/c"},
+                                  {"", "", "digest -"},
+                                  {"a", "-b", "digest a--b"},
+                                  {nullptr, nullptr, "digest -"}};
+  for (const auto& [first, second, call] : cases) {
     Recording strings;
     const ServiceOverride<IBasUtilityString> in_place(&strings);
-    EXPECT_EQ(Utils::CalcFileID(c.first, c.second), "9F3AC0-and-more");
-    EXPECT_EQ(strings.calls, (Calls{c.digested, "free"}));
+    EXPECT_EQ(Utils::CalcFileID(first, second), "9F3AC0-and-more");
+    EXPECT_EQ(strings.calls, (Calls{call, "free"}));
     EXPECT_EQ(in_place.AccessorCalls(), 2);
   }
 }
 
 TEST(ConcatBackupFilePath, AddressesBothLayouts) {
-  const struct {
-    const char *root, *id;
-    bool two_level;
-    const char* path;
-    Calls create;
-  } cases[] = {{"/b/", "9f3a", false, "/b/9f3a", {}},
-               {"/b", "9f3a", false, "/b9f3a", {}},
-               {"/b/", "9f3a", true, "/b/9f/9f3a", {"create /b/9f"}},
-               {"/b/", "", true, "/b//", {"create /b/"}},
-               {"/b/", "x", true, "/b/x/x", {"create /b/x"}},
-               {nullptr, "9f3a", true, "9f/9f3a", {"create 9f"}},
-               {"/b/", nullptr, false, "/b/", {}}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.path);
+  // The folder is null for the flat layout.
+  const char* const cases[][4] = {{"/b/", "9f3a", "/b/9f3a", nullptr}, {"/b", "9f3a", "/b9f3a", nullptr},
+                                  {"/b/", nullptr, "/b/", nullptr},    {"/b/", "9f3a", "/b/9f/9f3a", "/b/9f"},
+                                  {"/b/", "", "/b//", "/b/"},          {"/b/", "x", "/b/x/x", "/b/x"},
+                                  {nullptr, "9f3a", "9f/9f3a", "9f"}};
+  for (const auto& [root, id, path, folder] : cases) {
     Recording files;
     const ServiceOverride<IBasUtilityFile> in_place(&files);
-    EXPECT_EQ(Utils::ConcatBackupFilePath(c.root, c.id, c.two_level, false), c.path);
+    EXPECT_EQ(Utils::ConcatBackupFilePath(root, id, folder != nullptr, false), path);
     EXPECT_EQ(files.calls, Calls());
-    EXPECT_EQ(Utils::ConcatBackupFilePath(c.root, c.id, c.two_level, true), c.path);
-    EXPECT_EQ(files.calls, c.create);
-    EXPECT_EQ(in_place.AccessorCalls(), static_cast<int>(c.create.size()));
+    EXPECT_EQ(Utils::ConcatBackupFilePath(root, id, folder != nullptr, true), path);
+    EXPECT_EQ(files.calls, folder != nullptr ? Calls{std::string("create ") + folder} : Calls());
+    EXPECT_EQ(in_place.AccessorCalls(), folder != nullptr ? 1 : 0);
   }
 }
 

@@ -8,7 +8,7 @@
 
 namespace {
 
-// The text in a block that holds nothing but zeros behind it; releases the block.
+// The text in a block that is filled up with zeros. Frees the block.
 std::string TakeBlock(char* block, std::size_t size) {
   const std::string bytes(block, size);
   ::free(block);
@@ -17,7 +17,7 @@ std::string TakeBlock(char* block, std::size_t size) {
   return text;
 }
 
-TEST(ConvertSecondsToTime, CountsHoursOn) {
+TEST(ConvertSecondsToTime, DoesNotWrapHours) {
   const std::pair<std::uint32_t, const char*> cases[] = {
       {0, "00:00:00"},     {59, "00:00:59"},      {3600, "01:00:00"},           {3661, "01:01:01"},
       {90000, "25:00:00"}, {360000, "100:00:00"}, {4294967295, "1193046:28:15"}};
@@ -33,8 +33,8 @@ TEST(GetCurrentDate, IsNow) {
   EXPECT_LE(now, Utils::ConvertUtcToLocalDate(std::time(nullptr)));
 }
 
-TEST(LocalDates, FollowTheZoneAtEveryCall) {
-  // Zones as rules, so that no zone database is needed.
+TEST(LocalDates, FollowTheTimeZoneAtEveryCall) {
+  // Time zones as rules, which need no zone database.
   constexpr char kUtc[] = "UTC0";
   constexpr char kBerlin[] = "CET-1CEST,M3.5.0,M10.5.0/3";
   const struct {
@@ -50,15 +50,14 @@ TEST(LocalDates, FollowTheZoneAtEveryCall) {
       {kUtc, 1734567890, "2024-12-19 00:24:50", {"2024-12-01", "2024-12-31"}},
       {kUtc, -62198755200, "-0001-01-01 00:00:00", {"-0001-01-01", "-0001-01-31"}},
       {kUtc, 253402300800, "10000-01-01 00:00:00", {"10000-01-01", "10000-01-31"}},
-      // 1900 more than tm_year holds, and than int can add
+      // The last years whose number, and whose tm_year, fits an int.
       {kUtc, 67767976233532799, "2147483647-12-31 23:59:59", {"2147483647-12-01", "2147483647-12-31"}},
       {kUtc, 67768036191676799, "2147485547-12-31 23:59:59", {}},
       {kUtc, 67768036191676800, "", {}},
       {kUtc, LONG_MIN, "", {}},
-      // mktime's answer is -1 here: midnight, the first of January 1970, by a clock one second ahead of UTC.
+      // mktime returns -1 for midnight of January 1, 1970, a second ahead of UTC: a valid time.
       {"XXX-0:00:01", -2678401, "1969-12-01 00:00:00", {"1969-12-01", "1969-12-31"}},
-      // The month's end is looked for with the clock time and the daylight-saving flag of `time`. Berlin's
-      // clocks changed on 26 March and 29 October 2023, which moves times within an hour of midnight over it.
+      // The clocks changed on March 26 and October 29, 2023: off by a day within an hour of midnight.
       {kBerlin, 1697322600, "2023-10-15 00:30:00", {"2023-10-01", "2023-10-30"}},
       {kBerlin, 1678833000, "2023-03-14 23:30:00", {"2023-04-01", "2023-04-01"}}};
   for (const auto& c : cases) {

@@ -26,18 +26,13 @@ TEST(IsNotPhoneNumberChar, KnowsFifteenCharacters) {
 }
 
 TEST(ColorHexToRGB, ReadsPairs) {
-  const struct {
-    const char* code;
-    int red, green, blue;
-  } cases[] = {{"#FF8000", 255, 128, 0}, {"ff8000", 255, 128, 0}, {"#FFF", 0, 0, 0},
-               {"#FF80001", 0, 0, 0},    {"", 0, 0, 0},           {nullptr, 0, 0, 0},
-               {"-10000", -1, 0, 0},     {"1z0000", 1, 0, 0},     {" 1+2\t3", 1, 2, 3}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(testing::PrintToString(c.code));
-    const RgbColor color = Utils::ColorHexToRGB(c.code);
-    EXPECT_EQ(color.red, c.red);
-    EXPECT_EQ(color.green, c.green);
-    EXPECT_EQ(color.blue, c.blue);
+  const std::tuple<const char*, int, int, int> cases[] = {
+      {"#FF8000", 255, 128, 0}, {"ff8000", 255, 128, 0}, {"#FFF", 0, 0, 0},
+      {"#FF80001", 0, 0, 0},    {"", 0, 0, 0},           {nullptr, 0, 0, 0},
+      {"-10000", -1, 0, 0},     {"1z0000", 1, 0, 0},     {" 1+2\t3", 1, 2, 3}};
+  for (const auto& [code, red, green, blue] : cases) {
+    const RgbColor color = Utils::ColorHexToRGB(code);
+    EXPECT_EQ(std::tuple(color.red, color.green, color.blue), std::tuple(red, green, blue));
   }
   for (const char* code : {"#GG0000", "##12345", "0000 x", "00--00"})
     EXPECT_THROW(Utils::ColorHexToRGB(code), std::invalid_argument) << code;

@@ -5,7 +5,7 @@
 #include "platform/autorelease_pool.h"
 #include "support/testing.h"
 
-TEST(GenerateLowerUuid, IsNewAndInLowerCaseEveryTime) {
+TEST(GenerateLowerUuid, ReturnsANewUuidInLowerCase) {
   const AutoreleasePool pool;
   std::set<std::string> seen;
   for (int i = 0; i < 200; ++i) {

@@ -5,26 +5,24 @@
 
 TEST(Paths, AreTakenApart) {
   const AutoreleasePool pool;
-  const struct {
-    const char *path, *parent, *name, *without_extension, *extension;
-  } cases[] = {{"c.txt", "", "c.txt", "c", "txt"},
-               {"/a/c.txt", "/a/", "c.txt", "/a/c", "txt"},
-               {"/a/b/", "/a/b/", "", "/a/b/", ""},
-               {"/", "/", "", "/", ""},
-               {"/a.d/b", "/a.d/", "b", "/a", ""},
-               {"/a/.rc", "/a/", ".rc", "/a/", "rc"},
-               {"//x", "//", "x", "//x", ""},
-               {"a\\b/c", "a\\b/", "c", "a\\b/c", ""},
-               {"a\\b\\c.TXT", "", "c.TXT", "a\\b\\c", "TXT"},
-               {"file.", "", "file.", "file", ""},
-               {"x.tar.gz", "", "x.tar.gz", "x.tar", "gz"},
-               {nullptr, "", "", "", ""}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(testing::PrintToString(c.path));
-    EXPECT_EQ(Utils::GetParentDir(c.path), c.parent);
-    EXPECT_EQ(Utils::GetFileName(c.path), c.name);
-    EXPECT_EQ(Utils::GetFileNameWithoutExt(c.path), c.without_extension);
-    EXPECT_EQ(Utils::GetFilePostfix(c.path), c.extension);
+  const char* const cases[][5] = {{"c.txt", "", "c.txt", "c", "txt"},
+                                  {"/a/c.txt", "/a/", "c.txt", "/a/c", "txt"},
+                                  {"/a/b/", "/a/b/", "", "/a/b/", ""},
+                                  {"/", "/", "", "/", ""},
+                                  {"/a.d/b", "/a.d/", "b", "/a", ""},
+                                  {"/a/.rc", "/a/", ".rc", "/a/", "rc"},
+                                  {"//x", "//", "x", "//x", ""},
+                                  {"a\\b/c", "a\\b/", "c", "a\\b/c", ""},
+                                  {"file.", "", "file.", "file", ""},
+                                  {"a\\b\\c.TXT", "", "c.TXT", "a\\b\\c", "TXT"},
+                                  {"x.tar.gz", "", "x.tar.gz", "x.tar", "gz"},
+                                  {nullptr, "", "", "", ""}};
+  for (const auto& [path, parent, name, without_extension, extension] : cases) {
+    SCOPED_TRACE(testing::PrintToString(path));
+    EXPECT_EQ(Utils::GetParentDir(path), parent);
+    EXPECT_EQ(Utils::GetFileName(path), name);
+    EXPECT_EQ(Utils::GetFileNameWithoutExt(path), without_extension);
+    EXPECT_EQ(Utils::GetFilePostfix(path), extension);
   }
 }
 
@@ -51,10 +49,10 @@ TEST(GetParentDir, FollowsThePlatformsStrings) {
 }
 
 TEST(ConcatFilePath, AddsASlashOnlyAfterAFolderWithOneInside) {
-  const struct {
-    const char *directory, *name, *path;
-  } cases[] = {{"/a", "f", "/a/f"},    {"/a/", "f", "/a/f"}, {"a/b", "f", "a/b/f"}, {"dir", "f", "dirf"},
-               {"", "f", "f"},         {"/", "f", "/f"},     {"/a", "/f", "/a//f"}, {"/a", "", "/a/"},
-               {"a\\b", "f", "a\\bf"}, {nullptr, "f", "f"},  {"/a", nullptr, "/a/"}};
-  for (const auto& c : cases) EXPECT_EQ(Take(Utils::ConcatFilePath(c.directory, c.name)), c.path);
+  const char* const cases[][3] = {{"/a", "f", "/a/f"},   {"/a/", "f", "/a/f"},  {"a/b", "f", "a/b/f"},
+                                  {"dir", "f", "dirf"},  {"", "f", "f"},        {"/", "f", "/f"},
+                                  {"/a", "/f", "/a//f"}, {"/a", "", "/a/"},     {"a\\b", "f", "a\\bf"},
+                                  {nullptr, "f", "f"},   {"/a", nullptr, "/a/"}};
+  for (const auto& [directory, name, path] : cases)
+    EXPECT_EQ(Take(Utils::ConcatFilePath(directory, name)), path);
 }

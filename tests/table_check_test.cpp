@@ -10,15 +10,7 @@ namespace {
 
 using enum TableCheckStatus;
 
-struct LogLine {
-  int line;
-  std::string text;
-  bool operator==(const LogLine&) const = default;
-};
-
-void PrintTo(const LogLine& logged, std::ostream* out) {
-  *out << logged.line << ": " << logged.text;
-}
+using Lines = std::vector<std::string>;
 
 // Records the lines that are logged while it lives.
 class LogSink final : public google::LogSink {
@@ -29,13 +21,13 @@ class LogSink final : public google::LogSink {
             const struct tm*, const char* message, std::size_t length) override {
     EXPECT_EQ(severity, google::GLOG_ERROR);
     EXPECT_STREQ(full_filename, "src/common/utils");
-    lines.push_back({line, std::string(message, length)});
+    lines.push_back(std::to_string(line) + " " + std::string(message, length));
   }
-  std::vector<LogLine> lines;
+  Lines lines;
 };
 
 void ExpectCheck(sqlite3* db, const char* table, const char* column, const TableCheckResult& expected,
-                 const std::vector<LogLine>& lines = {}) {
+                 const Lines& lines = {}) {
   SCOPED_TRACE(testing::PrintToString(table));
   const LogSink sink;
   const TableCheckResult result = Utils::TableCheck(db, table, column);
@@ -76,12 +68,12 @@ TEST_F(TableCheck, FindsTablesAndColumns) {
 
 TEST_F(TableCheck, LogsWhatSqliteRejects) {
   ExpectCheck(db, "Files", "size", {Found, PrepareFailed},
-              {{402, "OPEN STMT SQL: select count(size) from Files RES: 1"}});
+              {"402 OPEN STMT SQL: select count(size) from Files RES: 1"});
   ExpectCheck(db, "my-table", "a", {Found, PrepareFailed},
-              {{402, "OPEN STMT SQL: select count(a) from my-table RES: 1"}});
-  const std::string query = "OPEN STMT SQL: SELECT sql FROM sqlite_master WHERE type='table' AND name ='";
-  ExpectCheck(db, "O'Hara", "a", {PrepareFailed, NotChecked}, {{377, query + "O'Hara' RES: 1"}});
-  ExpectCheck(nullptr, "Files", "fileID", {PrepareFailed, NotChecked}, {{377, query + "Files' RES: 21"}});
+              {"402 OPEN STMT SQL: select count(a) from my-table RES: 1"});
+  const std::string query = "377 OPEN STMT SQL: SELECT sql FROM sqlite_master WHERE type='table' AND name ='";
+  ExpectCheck(db, "O'Hara", "a", {PrepareFailed, NotChecked}, {query + "O'Hara' RES: 1"});
+  ExpectCheck(nullptr, "Files", "fileID", {PrepareFailed, NotChecked}, {query + "Files' RES: 21"});
 }
 
 // Two statements never live at once: the authorizer, which SQLite asks while it prepares one, rejects the

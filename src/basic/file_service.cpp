@@ -31,7 +31,7 @@ class FileService final : public IBasUtilityFile {
   // Checks the type before it opens: opening a pipe or a device can block or have side effects.
   std::uint64_t GetFileSize(const char* path) override {
     struct stat status {};
-    if (::stat(path, &status) != 0 || !S_ISREG(status.st_mode)) return 0;
+    if (path == nullptr || ::stat(path, &status) != 0 || !S_ISREG(status.st_mode)) return 0;
     const int file = ::open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     if (file < 0) return 0;
     const bool regular = ::fstat(file, &status) == 0 && S_ISREG(status.st_mode);

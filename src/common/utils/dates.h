@@ -19,8 +19,8 @@
 
 namespace Utils {
 
-// Hours, minutes and seconds, "01:02:03"; hours do not wrap and take as many digits as they need, at least
-// two. A block of 16 bytes that the caller frees; null when out of memory.
+// Hours, minutes and seconds, "01:02:03"; hours do not become days: "100:00:00". A block of 16 bytes that the
+// caller frees; null when out of memory.
 HOSTUTIL_EXPORT char* ConvertSecondsToTime(std::uint32_t seconds);
 
 // The current local date and time, "2023-11-14 22:13:20". A block of 24 bytes that the caller frees; null
@@ -29,7 +29,7 @@ HOSTUTIL_EXPORT char* GetCurrentDate();
 
 // The first and the last day of the local month that holds `time`. Two empty strings when `time` has no date,
 // or when std::mktime cannot represent the same clock time on the first of the next month, as in the last
-// year that has dates. The last day is the date 86,400 seconds before that, with the daylight-saving flag of
+// month that has dates. The last day is the date 86,400 seconds before that, with the daylight-saving flag of
 // `time`. If the clocks change between `time` and the end of the month, the result is therefore off by a day
 // for clock times within an hour of midnight: 00:30 in October's summer time gives a last day one too early,
 // and 23:30 in March's winter time gives April 1 for both days. A time around noon is right in every month.
