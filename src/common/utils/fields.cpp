@@ -23,11 +23,12 @@ std::int32_t Component(const char* pair) {
   return std::stoi(std::string(pair, 2), nullptr, 16);
 }
 
-// Out of line, so that numbers without separators take 5 ns and not 6.
+// REQUIRES: `text` begins with neither a digit nor NUL, so a NUL separator ends it at once. Out of line,
+// which takes 1 of 6 ns off numbers without separators.
 [[gnu::noinline]] bool HasOnlyDigitsAnd(char separator, const char* text) {
   // The first bytes one by one: strspn stalls for 7 ns on a set that has just been written.
   for (int near = 16; near > 0; --near, ++text) {
-    if (!IsDigit(*text) && (*text != separator || separator == '\0')) return *text == '\0';
+    if (!IsDigit(*text) && *text != separator) return *text == '\0';
   }
   const char allowed[] = {'0', '1', '2', '3', '4', '5', '6', '7', '8', '9', separator, '\0'};
   return text[std::strspn(text, allowed)] == '\0';
