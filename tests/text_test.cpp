@@ -111,6 +111,12 @@ TEST(SplitWithFlag, AcceptsAFieldOfTheSameVector) {
   EXPECT_EQ(fields, (Fields{"a,b", "a", "b"}));
 }
 
+TEST(SplitWithFlag, MakesRoomOnce) {
+  Fields fields;
+  Utils::SplitWithFlag(std::string(1000, ',').c_str(), ',', fields);
+  EXPECT_EQ(fields.capacity(), 1000U);
+}
+
 TEST(SplitWithFlag, MovesNothingWhileTheCapacityIsEnough) {
   for (const auto& [text, added] : {std::pair("", 0u), {"a,", 1u}, {"a", 1u}, {"a,b", 2u}}) {
     Fields fields = {"kept"};

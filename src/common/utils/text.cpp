@@ -188,7 +188,7 @@ std::int32_t Replace(std::string& text, Pattern search, std::string_view replace
 // How many bytes of `text` are `byte`. Compilers vectorize an inner count that fits a byte several times
 // better than a wide one.
 std::size_t CountOf(std::string_view text, char byte) {
-  constexpr std::size_t kBlock = 256;
+  constexpr std::size_t kBlock = 64;
   std::size_t count = 0;
   for (; text.size() >= kBlock; text.remove_prefix(kBlock)) {
     unsigned char here = 0;
