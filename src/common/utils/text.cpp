@@ -144,7 +144,7 @@ bool PointsInto(std::string_view bytes, const char* pointer) {
 
 std::int32_t Replace(std::string& text, Pattern search, std::string_view replacement) {
   const std::size_t length = text.size();
-  std::size_t places[64];  // the first matches, which are not searched for twice
+  std::size_t places[256];  // the first matches, which are not searched for twice
   std::size_t matches = 0;
   std::size_t gap = 0;
   if (replacement.size() > search.Size()) {
