@@ -1,5 +1,6 @@
 #include "common/plist_limits.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstring>
@@ -7,15 +8,14 @@
 
 namespace {
 
-using PlistLimits::kMaxDepth;
-
 // Follows the references of a binary list in the parser's own way, container by container, and sums up what
 // the tree will take. Most references lead to small leaves, and those are told by their first byte.
 class BinaryWalk {
  public:
-  BinaryWalk(const char* bytes, std::size_t length)
+  BinaryWalk(const char* bytes, std::size_t length, std::size_t max_depth)
       : bytes_(bytes),
         length_(length),
+        max_depth_(std::min(max_depth, PlistLimits::kMaxDepth)),
         allowance_(PlistLimits::kFreeSize + PlistLimits::kSizePerByte * length) {}
 
   bool KeepsWithinLimits() {
@@ -182,7 +182,7 @@ class BinaryWalk {
   // by its depth.
   bool Enter(const char* references, std::uint64_t count, Frame& innermost) {
     const std::uint64_t size = count * references_.size;
-    if (depth_ == kMaxDepth || size > RoomFrom(references)) return false;
+    if (depth_ == max_depth_ || size > RoomFrom(references)) return false;
     outer_[depth_++] = innermost;
     innermost = {references, references + size};
     return Spend(count * (PlistLimits::kNodeSize + depth_));
@@ -196,6 +196,7 @@ class BinaryWalk {
 
   const char* bytes_;
   std::uint64_t length_;
+  std::size_t max_depth_;
   std::uint64_t allowance_;
   Numbers offsets_{1};
   Numbers references_{1};
@@ -204,210 +205,11 @@ class BinaryWalk {
   std::uint64_t table_offset_ = 0;
   std::size_t depth_ = 0;
   // What stands around the innermost container, depth_ in all. Left uninitialised, since most stay unused.
-  std::array<Frame, kMaxDepth> outer_;
-};
-
-// Whether a NUL stands before anything else than NULs; those at the end are what is missing of a file that
-// shrank.
-bool HoldsNulInside(const char* bytes, std::size_t length) {
-  if (length == 0) return false;
-  const auto* const nul = static_cast<const char*>(std::memchr(bytes, 0, length));
-  if (nul == nullptr) return false;
-  const auto rest = static_cast<std::size_t>(bytes + length - nul);
-  return std::memcmp(nul, nul + 1, rest - 1) != 0;  // each byte against the one behind it
-}
-
-// Whether the bytes hold more "<array" and "<dict" than the depth may be, wherever they stand. Few lists do,
-// and where none do, nothing else has to be known. Looked for in blocks without branches, which compilers
-// turn into vector instructions, and only from one "<" on, since long texts and data hold none.
-bool MayNestTooDeep(const char* bytes, std::size_t length) {
-  constexpr std::size_t kBlock = 256;
-  constexpr std::size_t kLookAhead = 2;
-  constexpr std::size_t kShortestTag = 6;
-  if (length <= kMaxDepth * kShortestTag) return false;
-  const auto opens = [](const char* at) {
-    return static_cast<unsigned char>((at[0] == '<') & ((at[1] == 'a') | ((at[1] == 'd') & (at[2] == 'i'))));
-  };
-  const char* const end = bytes + length - kLookAhead;
-  std::size_t count = 0;
-  while (count <= kMaxDepth) {
-    bytes = static_cast<const char*>(std::memchr(bytes, '<', static_cast<std::size_t>(end - bytes)));
-    if (bytes == nullptr) break;
-    if (static_cast<std::size_t>(end - bytes) < kBlock) {
-      for (; bytes != end; ++bytes) count += opens(bytes);
-      break;
-    }
-    unsigned char in_block = 0;
-    for (std::size_t i = 0; i < kBlock; ++i)
-      in_block = static_cast<unsigned char>(in_block + opens(bytes + i));
-    count += in_block;
-    bytes += kBlock;
-  }
-  return count > kMaxDepth;
-}
-
-// Goes from tag to tag of an XML list. Comments, CDATA and quotes are skipped as the parser skips them, which
-// is not in every corner what XML says. Where the parser fails this may go on, which changes nothing.
-class XmlWalk {
- public:
-  XmlWalk(const char* bytes, std::size_t length) : at_(bytes), end_(bytes + length) {}
-
-  bool KeepsWithinLimits() {
-    std::size_t depth = 0;
-    while (FindTag()) {
-      if (*at_ == '?' || *at_ == '!') {
-        if (!(*at_ == '?' ? SkipPastUnquoted("?>") : SkipDeclaration())) return false;
-        continue;
-      }
-      if (IsLeafEnd() || (depth > 0 && IsPlainLeaf())) continue;
-      Tag tag;
-      if (!ReadTag(tag)) return false;
-      switch (tag.kind) {
-        case Kind::kOther:
-          break;
-        case Kind::kLeaf:
-          if (depth == 0) return true;  // the root, and nothing behind it is read
-          break;
-        case Kind::kContainer:
-          if (depth == kMaxDepth) return false;
-          // What follows an empty root, though it should not, becomes part of it.
-          if (!tag.empty || depth == 0) ++depth;
-          break;
-        case Kind::kContainerEnd:
-          if (depth <= 1) return true;  // the end of the root, and nothing behind it is read
-          --depth;
-          break;
-        case Kind::kUnknown:
-          return false;
-      }
-    }
-    return true;
-  }
-
- private:
-  enum class Kind { kOther, kContainer, kContainerEnd, kLeaf, kUnknown };
-
-  struct Tag {
-    Kind kind = Kind::kUnknown;
-    bool empty = false;
-  };
-
-  // Comparisons of a known length, so that each is one of integers.
-  template <std::size_t kSize>
-  static bool Is(std::string_view name, const char (&text)[kSize]) {
-    return name.size() == kSize - 1 && std::memcmp(name.data(), text, kSize - 1) == 0;
-  }
-
-  static bool IsLeaf(std::string_view name) {
-    return Is(name, "key") || Is(name, "string") || Is(name, "integer") || Is(name, "true") ||
-           Is(name, "false") || Is(name, "data") || Is(name, "date") || Is(name, "real") || Is(name, "null");
-  }
-
-  static Kind KindOf(std::string_view name) {
-    if (Is(name, "dict") || Is(name, "array")) return Kind::kContainer;
-    if (Is(name, "/dict") || Is(name, "/array")) return Kind::kContainerEnd;
-    if (IsLeaf(name)) return Kind::kLeaf;
-    if (name == "/data" || name == "/date" || name == "plist" || name == "/plist") return Kind::kOther;
-    return Kind::kUnknown;
-  }
-
-  // A leaf's end tag: nothing but its name and white space stands in it, or the parser fails. In those of
-  // containers and of "plist" there may be more, quotes too.
-  bool IsLeafEnd() const {
-    return *at_ == '/' && at_ + 1 != end_ && at_[1] != 'a' && at_[1] != 'd' && at_[1] != 'p';
-  }
-
-  // A leaf's start tag as writers write it, without attributes. Told by the first letter and the place of the
-  // ">": should the letters between be no leaf's name, the parser fails here.
-  bool IsPlainLeaf() const {
-    static constexpr auto kLengths = [] {
-      std::array<unsigned char, 256> lengths{};
-      for (const std::string_view tag : {"key", "string", "integer", "true/", "false/", "real"})
-        lengths[static_cast<unsigned char>(tag[0])] = static_cast<unsigned char>(tag.size());
-      return lengths;
-    }();
-    const std::size_t length = kLengths[static_cast<unsigned char>(*at_)];
-    return length != 0 && length < Rest().size() && at_[length] == '>';
-  }
-
-  static bool IsSpace(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
-
-  std::string_view Rest() const { return {at_, static_cast<std::size_t>(end_ - at_)}; }
-
-  // Behind the next place where `text` stands. False, as in all of these: there is none, and the parser
-  // fails.
-  bool SkipPast(std::string_view text) {
-    const std::size_t found = Rest().find(text);
-    if (found == std::string_view::npos) return false;
-    at_ += found + text.size();
-    return true;
-  }
-
-  // To the next place outside double quotes where `stop` says so.
-  template <typename Stop>
-  bool FindUnquoted(Stop stop) {
-    for (; at_ != end_ && !stop(); ++at_) {
-      if (*at_ != '"') continue;
-      ++at_;
-      if (!SkipPast("\"")) return false;
-      --at_;
-    }
-    return at_ != end_;
-  }
-
-  bool SkipPastUnquoted(std::string_view text) {
-    if (!FindUnquoted([&] { return Rest().starts_with(text); })) return false;
-    at_ += text.size();
-    return true;
-  }
-
-  // Behind the next "<", unless that is the last byte.
-  bool FindTag() {
-    const auto* const found = static_cast<const char*>(std::memchr(at_, '<', Rest().size()));
-    if (found == nullptr || found + 1 == end_) return false;
-    at_ = found + 1;
-    return true;
-  }
-
-  bool SkipPrefix(std::string_view prefix) {
-    if (!Rest().starts_with(prefix)) return false;
-    at_ += prefix.size();
-    return true;
-  }
-
-  bool SkipDeclaration() {
-    if (SkipPrefix("!--")) return SkipPast("-->");
-    if (SkipPrefix("![CDATA[")) return SkipPast("]]>");
-    if (!SkipPrefix("!DOCTYPE")) return false;
-    if (!FindUnquoted([&] { return *at_ == '[' || *at_ == '>'; })) return false;
-    return *at_ == '>' || SkipPastUnquoted("]>");
-  }
-
-  // The tag that begins here, up to its ">". A name with a NUL in it is unknown here, though libplist would
-  // read the part in front: its search for the end tag would be misled.
-  bool ReadTag(Tag& tag) {
-    const char* const start = at_;
-    // What ends a name is no greater than ">", and letters are greater.
-    while (at_ != end_ && (*at_ > '>' || (*at_ != '>' && *at_ != '<' && !IsSpace(*at_)))) ++at_;
-    std::string_view name(start, static_cast<std::size_t>(at_ - start));
-    if (!FindUnquoted([&] { return *at_ == '>' || *at_ == '<'; }) || *at_ == '<') return false;
-    tag.empty = at_[-1] == '/';
-    if (tag.empty && at_ == start + name.size()) name.remove_suffix(1);
-    tag.kind = KindOf(name);
-    return true;
-  }
-
-  const char* at_;
-  const char* end_;
+  std::array<Frame, PlistLimits::kMaxDepth> outer_;
 };
 
 }  // namespace
 
-bool PlistLimits::BinaryIsSafe(const char* bytes, std::size_t length) {
-  return BinaryWalk(bytes, length).KeepsWithinLimits();
-}
-
-bool PlistLimits::XmlIsSafe(const char* bytes, std::size_t length) {
-  if (HoldsNulInside(bytes, length)) return false;
-  return !MayNestTooDeep(bytes, length) || XmlWalk(bytes, length).KeepsWithinLimits();
+bool PlistLimits::BinaryIsSafe(const char* bytes, std::size_t length, std::size_t max_depth) {
+  return BinaryWalk(bytes, length, max_depth).KeepsWithinLimits();
 }

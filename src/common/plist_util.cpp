@@ -11,6 +11,7 @@
 #include "common/owners.h"
 #include "common/plist_limits.h"
 #include "common/text_or_empty.h"
+#include "common/xml_plist.h"
 
 namespace {
 
@@ -32,6 +33,18 @@ Block ReadWhole(const char* path, std::uint64_t size) {
   // A short read needs no handling: the bytes behind it are zeros.
   static_cast<void>(std::fread(bytes.get(), 1, static_cast<std::size_t>(size), stream.get()));
   return bytes;
+}
+
+plist_t ParseBinary(const char* bytes, std::uint32_t length) {
+  return PlistLimits::BinaryIsSafe(bytes, length) ? Libplist::Parse(plist_from_bin, bytes, length) : nullptr;
+}
+
+plist_t ParseXml(const char* bytes, std::uint32_t length) {
+  if (!XmlPlist::IsSafe(bytes, length, PlistLimits::kMaxDepth)) return nullptr;
+  if (!XmlPlist::HasSlowTexts(bytes, length)) return Libplist::Parse(plist_from_xml, bytes, length);
+  const XmlPlist::Copy copy = XmlPlist::DecodeSlowTexts(bytes, length);
+  if (copy.bytes == nullptr) return nullptr;
+  return Libplist::Parse(plist_from_xml, copy.bytes.get(), static_cast<std::uint32_t>(copy.length));
 }
 
 bool IsA(plist_t node, plist_type type) {
@@ -62,13 +75,7 @@ plist_t PlistUtil::ReadPlist(const char* path) {
   if (bytes == nullptr) return nullptr;
 
   const auto length = static_cast<std::uint32_t>(size);  // all that the parsers can be told
-  if (IsBinPlist(path) != 0) {
-    return PlistLimits::BinaryIsSafe(bytes.get(), length)
-               ? Libplist::Parse(plist_from_bin, bytes.get(), length)
-               : nullptr;
-  }
-  return PlistLimits::XmlIsSafe(bytes.get(), length) ? Libplist::Parse(plist_from_xml, bytes.get(), length)
-                                                     : nullptr;
+  return IsBinPlist(path) != 0 ? ParseBinary(bytes.get(), length) : ParseXml(bytes.get(), length);
 }
 
 void PlistUtil::AppendPlistArrayString(plist_t array, const char* value) {

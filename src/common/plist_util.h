@@ -27,12 +27,16 @@ HOSTUTIL_EXPORT std::int32_t IsBinPlist(const char* path);
 //   - there is no such file, it is empty, or there is no memory for its bytes;
 //   - libplist rejects it, or its size allows no block of memory;
 //   - it could exhaust the process: containers nested more than 512 deep, or shared references that expand to
-//     far more nodes than the file has bytes.
+//     far more nodes than the file has bytes;
+//   - a string or key in XML, or a UTF-16 one in a binary list, contains a NUL. No libplist from 2.2.0
+//   to 2.8.0
+//     can hold it, and each ends the process when asked for such a string. A NUL anywhere else does no harm;
+//     a binary ASCII string ends at it.
 // IsBinPlist alone selects the encoding: a binary list that does not parse is not tried as XML, nor the other
 // way round. Reads the whole file into memory and opens it twice. A file of 4 GiB or more is parsed as if its
 // size were the low 32 bits. Where the file is shorter than its size, because it shrank or the file service
-// lies, zeros follow its bytes and take no memory: XML that is complete before them still parses with libplist
-// before 2.8. Null is the empty path.
+// lies, zeros follow its bytes and take no memory: XML that is complete before them still parses with
+// libplist before 2.8. Null is the empty path.
 HOSTUTIL_EXPORT plist_t ReadPlist(const char* path);
 
 // Appends a string node; a null value is stored as the empty text. Anything but an array is left alone.
@@ -60,8 +64,8 @@ HOSTUTIL_EXPORT void PrintPlist(plist_t node);
 HOSTUTIL_EXPORT std::uint64_t GetIntegerValue(plist_t node);
 
 // For a UID node, the index it holds; `key` is ignored. For a dictionary, the unsigned integer under `key`;
-// 0 when there is none or the key is null. 0 for every other node and for null. A UID inside a dictionary gives
-// 0, too: fetch the item with plist_dict_get_item and pass that.
+// 0 when there is none or the key is null. 0 for every other node and for null. A UID inside a dictionary
+// gives 0, too: fetch the item with plist_dict_get_item and pass that.
 HOSTUTIL_EXPORT std::uint64_t GetDictOrUidIntegerValue(plist_t node, const char* key);
 
 }  // namespace PlistUtil

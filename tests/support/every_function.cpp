@@ -35,6 +35,13 @@ const std::string kLong = "a text that is longer than a string object itself";
 const std::string kBinaryList(
     "bplist00\xA2\1\2QaQb\x08\x0B\x0D\0\0\0\0\0\0\1\1\0\0\0\0\0\0\0\3\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\x0F", 50);
 
+// A text whose entities are decoded before libplist parses it.
+const std::string kEntities = [] {
+  std::string text = "<string>";
+  for (int i = 0; i < 200; ++i) text += "&amp;";
+  return text + "</string>";
+}();
+
 struct Inside {
   Inside() { inside_library_call = true; }
   ~Inside() { inside_library_call = false; }
@@ -216,6 +223,7 @@ const std::vector<LibraryCall>& EveryFunction() {
       {"TableCheck", [] { return CheckTable("x"); }, "00"},
       {"TableCheck, refused", [] { return CheckTable("a_column_it_lacks"); }, "03"},
       {"ReadPlist, XML", OnFile(&ReadPlist, "<plist><array><true/></array></plist>"), "read", kNull},
+      {"ReadPlist, entities", OnFile(&ReadPlist, kEntities), "read", kNull},
       {"ReadPlist, binary", OnFile(&ReadPlist, kBinaryList), "read", kNull},
       {"ReadPlist, damaged", OnFile(&ReadPlist, "bplist00 and what is none"), "null", kNull},
       {"IsBinPlist", OnFile(&IsBinPlist, "bplist00"), "1", {}},
