@@ -3,47 +3,39 @@
 #include <cstdint>
 #include <limits>
 
+#include "common/binary_plist.h"
 #include "common/plist_limits.h"
-#include "common/plist_util.h"
 
 namespace {
 
+using BinaryPlist::Object;
+
 constexpr std::size_t kLargest = 1 << 20;
 
-bool IsA(plist_t node, plist_type type) {
-  return plist_get_node_type(node) == type;
-}
-
-// Null when there is no such item, also when `dict` is no dictionary.
-plist_t ItemOf(plist_t dict, const char* key) {
-  return IsA(dict, PLIST_DICT) ? plist_dict_get_item(dict, key) : nullptr;
-}
-
-// The dictionary that the archive's root points to, or null.
-plist_t RootObject(plist_t archive) {
-  const plist_t objects = ItemOf(archive, "$objects");
-  const plist_t root = ItemOf(ItemOf(archive, "$top"), "root");
-  if (!IsA(objects, PLIST_ARRAY) || !IsA(root, PLIST_UID)) return nullptr;
-  const std::uint64_t index = PlistUtil::GetDictOrUidIntegerValue(root, nullptr);
-  if (index >= plist_array_get_size(objects)) return nullptr;
-  return plist_array_get_item(objects, static_cast<std::uint32_t>(index));
+// The dictionary that the archive's root refers to.
+bool FindRootObject(const BinaryPlist::Reader& reader, Object& file) {
+  Object archive, objects, top, root;
+  return reader.Read(reader.Find(reader.Root()), archive) && reader.FindItem(archive, "$objects", objects) &&
+         reader.FindItem(archive, "$top", top) && reader.FindItem(top, "root", root) &&
+         root.type == BinaryPlist::kUid &&
+         reader.FindElement(objects, BinaryPlist::Reader::ValueOf(root), file);
 }
 
 }  // namespace
 
 bool DecodeKeyedArchive(const char* bytes, std::size_t length, Entry& entry) {
-  if (length == 0 || length > kLargest || !PlistLimits::BinaryIsSafe(bytes, length)) return false;
-  plist_t parsed = nullptr;
-  static_cast<void>(plist_from_bin(bytes, static_cast<std::uint32_t>(length), &parsed));
-  const Plist archive(parsed);
-
-  const plist_t file = RootObject(archive.get());
-  if (!IsA(ItemOf(file, "Size"), PLIST_UINT)) return false;
-  const std::uint64_t size = PlistUtil::GetDictOrUidIntegerValue(file, "Size");
-  if (size > std::numeric_limits<std::int64_t>::max()) return false;  // a negative number
-  entry.size = size;
-  if (IsA(ItemOf(file, "LastModified"), PLIST_UINT)) {
-    entry.modified = static_cast<long>(PlistUtil::GetDictOrUidIntegerValue(file, "LastModified"));
+  BinaryPlist::Reader reader;
+  Object file, size, modified;
+  if (length > kLargest || !reader.Open(bytes, length) || !PlistLimits::BinaryIsValid(reader, length) ||
+      !FindRootObject(reader, file) || !reader.FindItem(file, "Size", size) ||
+      size.type != BinaryPlist::kInteger) {
+    return false;
+  }
+  const std::uint64_t value = BinaryPlist::Reader::ValueOf(size);
+  if (value > std::numeric_limits<std::int64_t>::max()) return false;  // a negative number
+  entry.size = value;
+  if (reader.FindItem(file, "LastModified", modified) && modified.type == BinaryPlist::kInteger) {
+    entry.modified = static_cast<long>(BinaryPlist::Reader::ValueOf(modified));
   }
   return true;
 }

@@ -40,6 +40,13 @@ plist_t Parse(Parser* parser, const char* bytes, std::uint32_t length) {
   return root;
 }
 
+// Whether a binary list may contain null. Since 2.3.0, as plist_mem_free.
+#ifdef HOSTUTIL_PLIST_HAS_MEM_FREE
+inline constexpr bool kReadsNull = true;
+#else
+inline constexpr bool kReadsNull = false;
+#endif
+
 // Dates, in seconds since 1970.
 #ifdef HOSTUTIL_PLIST_HAS_UNIX_DATE  // 2.7.0
 inline plist_t NewDate(std::int64_t time) {

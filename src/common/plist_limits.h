@@ -1,42 +1,47 @@
-// Internal. A look at a property list's bytes before they reach the parser, whose recursion and whose
-// expansion of shared references a hostile file could otherwise drive until the process runs out of stack or
-// memory.
+// Internal. Checks a binary property list before libplist parses it: a hostile one could exhaust the stack,
+// since libplist recurses, or memory, since it copies what is referenced more than once.
 //
-//   if (PlistLimits::XmlIsSafe(bytes, length)) plist_from_xml(bytes, length, &root);
+//   if (PlistLimits::BinaryIsSafe(bytes, length)) plist_from_bin(bytes, length, &root);
 //
-// Both functions read the bytes the way libplist does, allocate nothing, do not recurse, and give true only
-// for bytes whose tree keeps within the limits below. They give false for much of what libplist would refuse
-// anyway, and leave the rest of that to it: true does not promise that the bytes parse.
+// The checks allocate nothing and do not recurse. They take a few nanoseconds for each node of the tree,
+// whose number the limits bound.
 
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
+#include "common/binary_plist.h"
+
 namespace PlistLimits {
 
-// The deepest nesting of arrays, sets and dictionaries that is let through, empty ones included; the root is
-// level 1. libplist recurses once per level when it parses a binary list and when it prints, copies or frees
-// a tree; 512 levels of that fit into a stack of 512 KiB.
+// The deepest nesting of arrays, sets and dictionaries, empty ones included; the root is level 1. libplist
+// recurses once per level when it parses a binary list and when it prints, copies or frees a tree; 512 levels
+// of that fit into a stack of 512 KiB.
 inline constexpr std::size_t kMaxDepth = 512;
 
-// How much a binary list may stand for: 8 MiB, and 512 bytes for each byte of the file. A node counts as
-// kNodeSize bytes, about what libplist allocates for it, a text of up to 14 units or characters included, and
-// as one byte for each level, which printing puts in front of it as a tab. Longer texts and data count as
-// they are, three bytes for a UTF-16 unit. All of it counts as often as it is referenced. So some hundred
-// bytes stand for 65,000 nodes at most, and each further byte for four more.
+// The size of the tree: at most 8 MiB and 512 bytes for each byte of the list. Each node counts as kNodeSize
+// bytes, about what libplist allocates for it with a string of up to 14 units, and as one byte per level, the
+// tab that printing indents it by. Longer strings and data count as they are, a UTF-16 unit as three bytes. A
+// shared node counts once per reference. So a few hundred bytes give at most 65,000 nodes, and each further
+// byte gives four more.
 //
-// A list without sharing always passes, since a node takes three bytes of the file at least: a reference, an
-// offset and itself. The rest is room for sharing. However long they are, these pass: a list of one-byte
-// references to one text of up to 380 bytes, of two-byte references to one of up to 890, and so on; a
-// container used three times that fills the file with one-byte references, and one used far more often where
-// the file also holds what it refers to.
+// Lists without sharing always pass, since a node takes at least three bytes of them: a reference, an offset
+// and itself. The rest is for sharing. At any length these pass: one-byte references to one string of up to
+// 380 bytes, two-byte references to one of up to 890, and so on; three references to a container that fills
+// the list with one-byte references, and far more of them where the list also contains what it refers to.
 inline constexpr std::uint64_t kFreeSize = 8ULL << 20;
 inline constexpr std::uint64_t kSizePerByte = 512;
 inline constexpr std::uint64_t kNodeSize = 128;
 
-// Takes a few nanoseconds for each node that the list stands for, which the limit bounds as well.
-// Within `length` bytes nothing is trusted: offsets, counts and sizes may lie, references may form a loop.
+// True only for a list within the limits, of which libplist can hold each string: false when a UTF-16 one
+// contains a NUL, which every libplist from 2.2.0 to 2.8.0 keeps with a length that is wrong after it is
+// copied, and which ends the process when it is asked for. False for some lists that libplist rejects; true
+// does not promise that the list parses.
 bool BinaryIsSafe(const char* bytes, std::size_t length, std::size_t max_depth = kMaxDepth);
+
+// Whether the list is safe and libplist would parse it. `length` is that of the bytes that the reader has
+// opened.
+bool BinaryIsValid(const BinaryPlist::Reader& reader, std::size_t length);
 
 }  // namespace PlistLimits
