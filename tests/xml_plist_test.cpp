@@ -69,6 +69,13 @@ TEST(XmlPlist, NestingIsLimited) {
       {"a tag in a quoted part of DOCTYPE",
        "<!DOCTYPE\"[>\"><plist><array/>" + Times(511, "<array>") + Times(511, "</array>") + "</plist>", true,
        true},
+      {"600 dictionaries, none deep", "<array>" + Times(600, "<dict><key>k</key><true/></dict>") + "</array>",
+       true, true},
+      {"end tags in quotes, which libplist does not see",
+       "<array>" + Times(100, "<dict></dict>") + Times(600, "<array a=\"</array>\">"), false, false},
+      {"end tags in quotes that begin at the end of a block",
+       "<array>" + Times(600, "<array " + std::string(250, ' ') + "a=\"</array>\">"), false, false},
+      {"end tags in comments", "<array>" + Times(600, "<array><!--</array>-->"), false, false},
       {"an empty root and what follows it", "<plist><array/>" + Times(512, "<array>"), false, false},
   };
   for (const auto& each : cases) {

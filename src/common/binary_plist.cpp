@@ -1,31 +1,10 @@
 #include "common/binary_plist.h"
 
 #include <algorithm>
-#include <limits>
-
-#include "common/libplist.h"
 
 namespace {
 
 using namespace BinaryPlist;
-
-std::uint64_t Load(const char* at) {
-  std::uint64_t value;
-  std::memcpy(&value, at, sizeof value);
-  return value;
-}
-
-// Whether one of `count` UTF-16 units is zero; looks at four of them at a time.
-bool HasNul(const char* units, std::uint64_t count) {
-  const auto zeros = [](std::uint64_t four) {
-    return (four - 0x0001'0001'0001'0001) & ~four & 0x8000'8000'8000'8000;
-  };
-  std::uint64_t found = 0;
-  for (; count >= 4; count -= 4, units += 8) found |= zeros(Load(units));
-  std::uint64_t rest = ~0ULL;
-  std::memcpy(&rest, units, 2 * count);
-  return (found | zeros(rest)) != 0;
-}
 
 // Whether a string is this ASCII text. libplist ends an ASCII string at a NUL.
 bool Equals(const Object& string, std::string_view text) {
@@ -61,50 +40,8 @@ bool Reader::Open(const char* bytes, std::size_t length) {
   if (table_offset < kHeader.size() || table_offset >= trailer_offset) return false;
   bytes_ = bytes;
   table_ = bytes + table_offset;
+  objects_size_ = table_offset - kHeader.size();
   return object_count_ <= (trailer_offset - table_offset) / offset_size;
-}
-
-bool Reader::ReadCount(Object& object) const {
-  const unsigned log = static_cast<unsigned char>(*object.body) - unsigned{kInteger};
-  if (log > 3) return false;
-  const Numbers number{std::size_t{1} << log};
-  if (1 + number.size > Room(object.body)) return false;
-  object.count = number.Read(object.body + 1);
-  object.body += 1 + number.size;
-  return true;
-}
-
-bool Reader::Read(const char* marker, Object& object) const {
-  const auto byte = static_cast<unsigned char>(*marker);
-  object = {byte & kTypeMask, byte & kCountMask, marker + 1};
-  if (object.type >= kData && object.type != kUid && object.count == kCountFollows && !ReadCount(object))
-    return false;
-  const std::uint64_t count = object.count;
-  const std::uint64_t room = Room(object.body);
-  switch (object.type) {
-    case kNullOrBoolean:
-      return count == 8 || count == 9 || (count == 0 && Libplist::kReadsNull);
-    case kInteger:
-      return count <= 4 && 1U << count <= room;
-    case kReal:
-      return (count == 2 || count == 3) && 1U << count <= room;
-    case kDate:
-      return count == 3 && 8 <= room;
-    case kUid:
-      return count + 1 <= room && ValueOf(object) <= std::numeric_limits<std::uint32_t>::max();
-    case kData:
-    case kAsciiString:
-      return count <= room;
-    case kUtf16String:
-      return count != 0 && count <= room / 2 && !HasNul(object.body, count);
-    case kArray:
-    case kSet:
-      return count <= room && count * references_.size <= room;
-    case kDictionary:
-      return count <= room && 2 * count * references_.size <= room;
-    default:
-      return false;
-  }
 }
 
 bool Reader::FindItem(const Object& dictionary, std::string_view key, Object& value) const {

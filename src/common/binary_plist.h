@@ -15,7 +15,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <string_view>
+
+#include "common/libplist.h"
 
 namespace BinaryPlist {
 
@@ -57,7 +60,7 @@ class Reader {
   const char* Find(std::uint64_t index) const {
     if (index >= object_count_) return &kNoObject;
     const std::uint64_t offset = offsets_.Read(table_ + index * offsets_.size);
-    return offset >= kHeader.size() && offset < Room(bytes_) ? bytes_ + offset : &kNoObject;
+    return offset - kHeader.size() < objects_size_ ? bytes_ + offset : &kNoObject;
   }
 
   // False when libplist rejects the object itself, whatever it contains, or cannot hold it: a UTF-16 string
@@ -71,6 +74,9 @@ class Reader {
 
   // The low 64 bits of an integer or a UID.
   static std::uint64_t ValueOf(const Object& number);
+
+  // Reads a count that follows a marker, and where the body is after it, which may be past all objects.
+  bool ReadCount(const char* at, Object& object) const;
 
  private:
   static constexpr std::string_view kHeader = "bplist00";
@@ -90,19 +96,76 @@ class Reader {
     std::uint64_t mask = ~0ULL >> (64 - 8 * size);
   };
 
-  // How many bytes there are from `at` to the offset table, which comes after all objects.
-  std::uint64_t Room(const char* at) const {
-    return at < table_ ? static_cast<std::uint64_t>(table_ - at) : 0;
-  }
-
-  bool ReadCount(Object& object) const;
-
   const char* bytes_ = nullptr;
   const char* table_ = nullptr;
+  std::uint64_t objects_size_ = 0;  // from the header to the table
   std::uint64_t object_count_ = 0;
   std::uint64_t root_ = 0;
   Numbers offsets_{1};
   Numbers references_{1};
 };
+
+inline std::uint64_t LoadEightBytes(const char* at) {
+  std::uint64_t value;
+  std::memcpy(&value, at, sizeof value);
+  return value;
+}
+
+// Whether one of `count` UTF-16 units is zero; looks at four of them at a time. REQUIRES: eight more bytes
+// can be read, which the trailer makes sure of.
+inline bool HasNul(const char* units, std::uint64_t count) {
+  const auto zeros = [](std::uint64_t four) {
+    return (four - 0x0001'0001'0001'0001) & ~four & 0x8000'8000'8000'8000;
+  };
+  std::uint64_t found = 0;
+  for (; count >= 4; count -= 4, units += 8) found |= zeros(LoadEightBytes(units));
+  std::uint64_t rest = LoadEightBytes(units);
+  if (std::endian::native == std::endian::little) rest = __builtin_bswap64(rest);
+  return (found | zeros(rest | ~0ULL >> 16 * count)) != 0;  // what follows the last units counts as ones
+}
+
+inline bool Reader::ReadCount(const char* at, Object& object) const {
+  const unsigned log = static_cast<unsigned char>(*at) - unsigned{kInteger};
+  if (log > 3) return false;
+  const Numbers number{std::size_t{1} << log};
+  object.count = number.Read(at + 1);
+  object.body = at + 1 + number.size;
+  return true;
+}
+
+inline bool Reader::Read(const char* marker, Object& object) const {
+  const auto byte = static_cast<unsigned char>(*marker);
+  object = {byte & kTypeMask, byte & kCountMask, marker + 1};
+  if (object.type >= kData && object.type != kUid && object.count == kCountFollows &&
+      !ReadCount(marker + 1, object))
+    return false;
+  if (object.body > table_) return false;
+  const std::uint64_t count = object.count;
+  const auto room = static_cast<std::uint64_t>(table_ - object.body);
+  switch (object.type) {
+    case kNullOrBoolean:
+      return count == 8 || count == 9 || (count == 0 && Libplist::kReadsNull);
+    case kInteger:
+      return count <= 4 && 1U << count <= room;
+    case kReal:
+      return (count == 2 || count == 3) && 1U << count <= room;
+    case kDate:
+      return count == 3 && 8 <= room;
+    case kUid:
+      return count + 1 <= room && ValueOf(object) <= std::numeric_limits<std::uint32_t>::max();
+    case kData:
+    case kAsciiString:
+      return count <= room;
+    case kUtf16String:
+      return count != 0 && count <= room / 2 && !HasNul(object.body, count);
+    case kArray:
+    case kSet:
+      return count <= room && count * references_.size <= room;
+    case kDictionary:
+      return count <= room && 2 * count * references_.size <= room;
+    default:
+      return false;
+  }
+}
 
 }  // namespace BinaryPlist

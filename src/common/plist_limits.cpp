@@ -49,29 +49,32 @@ class Walk {
   struct References {
     const char* next;
     const char* end;
-    const char* keys_end;  // where a dictionary's values begin; null for an array
   };
 
   // The marker of the next object to visit, or null at the end of the container.
   const char* NextToVisit(References& references) const {
     while (references.next != references.end) {
       const char* const object = reader_.Find(reader_.Reference(references.next));
-      const bool is_key = references.next < references.keys_end;
       references.next += reader_.ReferenceSize();
-      if constexpr (kLeaves == Leaves::kRead) {
-        if (is_key && !IsString(object)) return &kInvalid;
-        return object;
-      }
-      if (!kIsSmallLeaf[static_cast<unsigned char>(*object)]) return object;
+      if (!MaySkip(object)) return object;
     }
     return nullptr;
+  }
+
+  static bool MaySkip(const char* object) {
+    return kLeaves == Leaves::kSkipped && kIsSmallLeaf[static_cast<unsigned char>(*object)];
   }
 
   // Where libplist would reject an object, the walk may end with false: nothing else in the list matters
   // then.
   bool Visit(const char* marker, References& innermost) {
+    if (MaySkip(marker)) return true;
     Object object;
-    if (kLeaves == Leaves::kSkipped && kIsSmallLeaf[static_cast<unsigned char>(*marker)]) return true;
+    // By far the most frequent of what is left: libplist checks itself whether there is room for it.
+    if (const auto byte = static_cast<unsigned char>(*marker);
+        kLeaves == Leaves::kSkipped &&
+        (byte | 0x10) == (BinaryPlist::kAsciiString | BinaryPlist::kCountFollows))
+      return reader_.ReadCount(marker + 1, object) && Spend(object.count);
     if (!reader_.Read(marker, object)) return false;
     switch (object.type) {
       case BinaryPlist::kData:
@@ -83,7 +86,8 @@ class Walk {
       case BinaryPlist::kSet:
         return Enter(object, object.count, innermost);
       case BinaryPlist::kDictionary:
-        return Enter(object, 2 * object.count, innermost);
+        return (kLeaves == Leaves::kSkipped || HasStringKeys(object)) &&
+               Enter(object, 2 * object.count, innermost);
       default:
         return true;
     }
@@ -94,8 +98,7 @@ class Walk {
     if (depth_ == max_depth_) return false;
     const std::uint64_t size = count * reader_.ReferenceSize();
     outer_[depth_++] = innermost;
-    innermost = {container.body, container.body + size,
-                 container.body + (container.type == BinaryPlist::kDictionary ? size / 2 : 0)};
+    innermost = {container.body, container.body + size};
     return Spend(count * (PlistLimits::kNodeSize + depth_));
   }
 
@@ -105,14 +108,17 @@ class Walk {
     return true;
   }
 
-  static bool IsString(const char* marker) {
-    const unsigned type = static_cast<unsigned char>(*marker) & BinaryPlist::kTypeMask;
-    return type == BinaryPlist::kAsciiString || type == BinaryPlist::kUtf16String;
+  bool HasStringKeys(const Object& dictionary) const {
+    const char* key = dictionary.body;
+    for (std::uint64_t left = dictionary.count; left != 0; --left, key += reader_.ReferenceSize()) {
+      const char* const marker = reader_.Find(reader_.Reference(key));
+      const unsigned type = static_cast<unsigned char>(*marker) & BinaryPlist::kTypeMask;
+      if (type != BinaryPlist::kAsciiString && type != BinaryPlist::kUtf16String) return false;
+    }
+    return true;
   }
 
-  static constexpr char kInvalid = 0x70;
-
-  const BinaryPlist::Reader& reader_;
+  const BinaryPlist::Reader reader_;  // a copy, which the compiler keeps in registers
   std::size_t max_depth_;
   std::uint64_t budget_;
   std::size_t depth_ = 0;

@@ -18,21 +18,29 @@ namespace {
 using Owners::Block;
 using Owners::Stream;
 
+// Unbuffered: each stream is read once, into the caller's block. A buffer would cost an allocation, which
+// makes malloc merge its free blocks, a call for the file's block size, and another read for the rest of the
+// file.
 Stream OpenForReading(const char* path) {
-  return Stream(BasUtilityFile()->OpenFile(path, "rb"));
+  Stream stream(BasUtilityFile()->OpenFile(path, "rb"));
+  if (stream != nullptr) std::setvbuf(stream.get(), nullptr, _IONBF, 0);
+  return stream;
 }
 
-// `size` bytes of the file and a NUL. Taken zeroed, so that the bytes which a shrunken file no longer
-// delivers are zeros, and so that a size which lies costs address space but no memory. Null when there is no
-// stream or no memory.
+// `size` bytes of the file and a NUL. Null when there is no stream or no memory.
 Block ReadWhole(const char* path, std::uint64_t size) {
   const Stream stream = OpenForReading(path);
   if (stream == nullptr || size >= std::numeric_limits<std::size_t>::max()) return nullptr;
-  Block bytes(static_cast<char*>(std::calloc(static_cast<std::size_t>(size) + 1, 1)));
+  const auto wanted = static_cast<std::size_t>(size);
+  Block bytes(static_cast<char*>(std::malloc(wanted + 1)));
   if (bytes == nullptr) return nullptr;
-  // A short read needs no handling: the bytes behind it are zeros.
-  static_cast<void>(std::fread(bytes.get(), 1, static_cast<std::size_t>(size), stream.get()));
-  return bytes;
+  const std::size_t read = std::fread(bytes.get(), 1, wanted, stream.get());
+  bytes.get()[read] = '\0';
+  if (read == wanted) return bytes;
+  // The file shrank or its size lies: zeros for the rest, which take no memory in a block from calloc.
+  Block zeroed(static_cast<char*>(std::calloc(wanted + 1, 1)));
+  if (zeroed != nullptr) std::memcpy(zeroed.get(), bytes.get(), read);
+  return zeroed;
 }
 
 plist_t ParseBinary(const char* bytes, std::uint32_t length) {
@@ -61,9 +69,8 @@ std::int32_t PlistUtil::IsBinPlist(const char* path) {
   constexpr char kMagic[] = "bplist00";
   const Stream stream = OpenForReading(TextOrEmpty(path));
   if (stream == nullptr) return 0;
-  char start[sizeof kMagic] = {};
-  static_cast<void>(
-      std::fread(start, 1, sizeof kMagic - 1, stream.get()));  // bytes that are missing stay zero
+  char start[sizeof kMagic] = {};  // after a short read, the rest stays zero
+  static_cast<void>(std::fread(start, 1, sizeof kMagic - 1, stream.get()));
   return std::memcmp(start, kMagic, sizeof kMagic) == 0 ? 1 : 0;
 }
 
@@ -101,8 +108,8 @@ plist_t PlistUtil::PlistCopyEmptyString(plist_t node) {
 
 void PlistUtil::PrintPlist(plist_t node) {
   if (node == nullptr) return;
-  // Two streams write to one output here. Each is flushed before the other goes on, since a host may have
-  // told them not to keep step.
+  // Two streams write to one output. Each is flushed before the other writes, since a host may have called
+  // sync_with_stdio(false).
   std::cout.flush();
   std::puts(".................PrintPlist BEGIN.................");
   std::fflush(stdout);
