@@ -3,7 +3,7 @@
 #include <chrono>
 #include <cstdlib>
 
-#include "commands.h"
+#include "command.h"
 #include "common/libplist.h"
 #include "common/plist_util.h"
 #include "common/utils.h"
@@ -14,6 +14,11 @@
 #include "terminal_text.h"
 
 namespace {
+
+struct Options {
+  std::string root;
+  bool json = false;
+};
 
 // A device's text or date, as a text; none for any other node.
 std::optional<std::string> DeviceValue(plist_t node) {
@@ -151,12 +156,21 @@ class Inspection {
   Report report_;
 };
 
-}  // namespace
-
-ExitStatus RunInspect(const InspectOptions& options) {
+ExitStatus Run(const Options& options) {
   const Report report = Inspection(options.root).Run();
   Output output;
   output.Write(options.json ? ReportAsJson(report) : ReportAsText(report, Screen::OfStandardOutput()));
   output.Flush();
   return report.problems.empty() ? ExitStatus::Fine : ExitStatus::Problems;
+}
+
+}  // namespace
+
+void AddInspect(CLI::App& app, ExitStatus& status) {
+  const auto options = std::make_shared<Options>();
+  CLI::App* const command = app.add_subcommand("inspect", "Check a whole backup");
+  command->footer("Example:\n  hostutil inspect backup --json");
+  command->add_option("ROOT", options->root, "the backup's folder")->required();
+  command->add_flag("--json", options->json, "one JSON object");
+  command->callback([options, &status] { status = Run(*options); });
 }

@@ -8,13 +8,20 @@
 #include <regex>
 #include <vector>
 
-#include "commands.h"
+#include "command.h"
 #include "common/utils.h"
 #include "manifest.h"
 #include "output.h"
 #include "terminal_text.h"
 
 namespace {
+
+struct Options {
+  std::string root;
+  std::optional<std::string> match;   // none: every path
+  std::optional<std::string> domain;  // none: every domain
+  bool json = false;
+};
 
 using Json = nlohmann::ordered_json;
 
@@ -84,7 +91,7 @@ class Table {
 
 class Lister {
  public:
-  explicit Lister(const ListOptions& options)
+  explicit Lister(const Options& options)
       : options_(options),
         folder_(options.root),
         screen_(Screen::OfStandardOutput()),
@@ -163,7 +170,7 @@ class Lister {
     return ExitStatus::Problems;
   }
 
-  const ListOptions& options_;
+  const Options& options_;
   BackupFolder folder_;
   Output output_;
   Screen screen_;
@@ -174,8 +181,19 @@ class Lister {
   bool broken_off_ = false;
 };
 
+ExitStatus Run(const Options& options) {
+  return Lister(options).Run();
+}
+
 }  // namespace
 
-ExitStatus RunList(const ListOptions& options) {
-  return Lister(options).Run();
+void AddList(CLI::App& app, ExitStatus& status) {
+  const auto options = std::make_shared<Options>();
+  CLI::App* const command = app.add_subcommand("list", "List the files that a backup holds");
+  command->footer("Example:\n  hostutil list backup --match '.*\\.plist'");
+  command->add_option("ROOT", options->root, "the backup's folder")->required();
+  command->add_option("--match", options->match, "only paths that match as a whole")->type_name("REGEX");
+  command->add_option("--domain", options->domain, "only this domain")->type_name("DOMAIN");
+  command->add_flag("--json", options->json, "one JSON object a line");
+  command->callback([options, &status] { status = Run(*options); });
 }

@@ -1,12 +1,22 @@
 #include <fmt/format.h>
 
 #include "backup_files.h"
-#include "commands.h"
+#include "command.h"
 #include "common/utils.h"
 #include "output.h"
 #include "terminal_text.h"
 
-ExitStatus RunLocate(const LocateOptions& options) {
+namespace {
+
+struct Options {
+  std::string root;
+  std::string domain;
+  std::string path;
+  bool two_level = true;
+  bool create = false;
+};
+
+ExitStatus Run(const Options& options) {
   const std::string id = Utils::CalcFileID(options.domain.c_str(), options.path.c_str());
   const std::string place = Utils::ConcatBackupFilePath(WithSeparator(options.root).c_str(), id.c_str(),
                                                         options.two_level, options.create);
@@ -20,4 +30,19 @@ ExitStatus RunLocate(const LocateOptions& options) {
                            TerminalText::Escaped(place)));
   output.Flush();
   return ExitStatus::Fine;
+}
+
+}  // namespace
+
+void AddLocate(CLI::App& app, ExitStatus& status) {
+  const auto options = std::make_shared<Options>();
+  CLI::App* const command =
+      app.add_subcommand("locate", "Print a file's identifier and where a backup stores it");
+  command->footer("Example:\n  hostutil locate backup HomeDomain Documents/note-7.txt");
+  command->add_option("ROOT", options->root, "the backup's folder")->required();
+  command->add_option("DOMAIN", options->domain, "the file's domain")->required();
+  command->add_option("PATH", options->path, "the file's path in the domain")->required();
+  AddLayout(command, options->two_level);
+  command->add_flag("--create", options->create, "make the folder that stores the file");
+  command->callback([options, &status] { status = Run(*options); });
 }

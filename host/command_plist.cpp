@@ -6,11 +6,15 @@
 #include <iostream>
 
 #include "backup_files.h"
-#include "commands.h"
+#include "command.h"
 #include "common/plist_util.h"
 #include "output.h"
 
 namespace {
+
+struct Options {
+  std::string file;
+};
 
 // The library gives one answer for every file that it cannot read; people want to know more.
 std::string WhyUnreadable(const std::string& file) {
@@ -23,13 +27,22 @@ std::string WhyUnreadable(const std::string& file) {
   return "is no property list";
 }
 
-}  // namespace
-
-ExitStatus RunPlist(const PlistOptions& options) {
+ExitStatus Run(const Options& options) {
   const Plist plist(PlistUtil::ReadPlist(options.file.c_str()));
   if (plist == nullptr) throw Failure(options.file + ": " + WhyUnreadable(options.file));
   errno = 0;
   PlistUtil::PrintPlist(plist.get());
   if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0 || !std::cout) throw OutputFailure{errno};
   return ExitStatus::Fine;
+}
+
+}  // namespace
+
+void AddPlist(CLI::App& app, ExitStatus& status) {
+  const auto options = std::make_shared<Options>();
+  CLI::App* const command = app.add_subcommand(
+      "plist", "Print a property list of either encoding as XML, between the two lines that PrintPlist adds");
+  command->footer("Example:\n  hostutil plist Info.plist");
+  command->add_option("FILE", options->file, "the property list")->required();
+  command->callback([options, &status] { status = Run(*options); });
 }

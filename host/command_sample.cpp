@@ -7,7 +7,7 @@
 #include <filesystem>
 
 #include "backup_files.h"
-#include "commands.h"
+#include "command.h"
 #include "common/libplist.h"
 #include "common/plist_util.h"
 #include "common/utils.h"
@@ -17,6 +17,12 @@
 #include "terminal_text.h"
 
 namespace {
+
+struct Options {
+  std::string folder;
+  std::size_t files = 200;
+  bool two_level = true;
+};
 
 constexpr std::array<const char*, 5> kDomains = {"HomeDomain", "MediaDomain", "SystemDomain",
                                                  "AppDomain-com.example.notes", "AppDomain-org.example.maps"};
@@ -88,7 +94,7 @@ SampleFile FileNumber(std::size_t number) {
 
 class Sample {
  public:
-  explicit Sample(const SampleOptions& options) : options_(options), root_(WithSeparator(options.folder)) {}
+  explicit Sample(const Options& options) : options_(options), root_(WithSeparator(options.folder)) {}
 
   void Write() {
     MakeFolder();
@@ -140,14 +146,12 @@ class Sample {
     AddEntry({"", domain, file.path, EntryKind::File, file.bytes.size(), modified}, "");
   }
 
-  const SampleOptions& options_;
+  const Options& options_;
   std::string root_;
   std::unique_ptr<ManifestWriter> manifest_;
 };
 
-}  // namespace
-
-ExitStatus RunSample(const SampleOptions& options) {
+ExitStatus Run(const Options& options) {
   Sample(options).Write();
   Output output;
   output.Write(fmt::format("Wrote a sample backup of {} to {}\n",
@@ -155,4 +159,18 @@ ExitStatus RunSample(const SampleOptions& options) {
                            TerminalText::Escaped(options.folder)));
   output.Flush();
   return ExitStatus::Fine;
+}
+
+}  // namespace
+
+void AddSample(CLI::App& app, ExitStatus& status) {
+  const auto options = std::make_shared<Options>();
+  CLI::App* const command = app.add_subcommand("sample", "Write a small backup to try the others on");
+  command->footer("Example:\n  hostutil sample backup --files 500");
+  command->add_option("DIR", options->folder, "a folder that is new or empty")->required();
+  command->add_option("--files", options->files, "how many files (200)")
+      ->check(CLI::Range(0, 10000000))
+      ->type_name("N");
+  AddLayout(command, options->two_level);
+  command->callback([options, &status] { status = Run(*options); });
 }

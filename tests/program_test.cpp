@@ -244,10 +244,34 @@ TEST(Program, PrintsPropertyListsAndRefusesBadUsage) {
     EXPECT_THAT(backup.Look("hostutil " + arguments), IsFailure("")) << arguments;
   }
   EXPECT_THAT(backup.Run("hostutil --version").out, MatchesRegex("hostutil [0-9.]+\n"));
-  for (const std::string command : {"plist", "locate", "list", "inspect", "sample"}) {
-    EXPECT_THAT(backup.Run("hostutil " + command + " --help").out,
-                HasSubstr("Example:\n  hostutil " + command));
+}
+
+TEST(Program, HelpListsEveryCommandAndTheOptionsOfEach) {
+  const SampleBackup backup("flat", 0);
+  const ProgramResult help = backup.Run("hostutil --help");
+  EXPECT_EQ(help.status, 0);
+  EXPECT_EQ(help.err, "");
+  for (const auto& [command, usage, option] : {std::tuple("inspect", "ROOT", "--json"),
+                                               {"list", "ROOT", "--match REGEX"},
+                                               {"locate", "ROOT DOMAIN PATH", "--layout LAYOUT"},
+                                               {"plist", "FILE", "-h, --help"},
+                                               {"sample", "DIR", "--files N"}}) {
+    const std::string name = command;
+    EXPECT_THAT(help.out, HasSubstr("\n  " + name + ' '));
+    const std::string own = backup.Run("hostutil " + name + " --help").out;
+    EXPECT_THAT(own, HasSubstr("Usage: hostutil " + name + " [OPTIONS] " + usage + '\n'));
+    EXPECT_THAT(own, HasSubstr(std::string("\n  ") + option + ' '));
+    EXPECT_THAT(own, HasSubstr("Example:\n  hostutil " + name));
   }
+}
+
+TEST(Program, SuggestsTheNearestCommand) {
+  const SampleBackup backup("flat", 0);
+  EXPECT_EQ(backup.Run("hostutil inspct").err,
+            "hostutil: no command 'inspct'; did you mean 'inspect'? hostutil --help lists them\n");
+  EXPECT_THAT(backup.Run("hostutil lits .").err, HasSubstr("'list'?"));
+  EXPECT_EQ(backup.Run("hostutil frobnicate").err,
+            "hostutil: no command 'frobnicate'; hostutil --help lists them\n");
 }
 
 TEST(Program, NoticesThatOutputIsLost) {

@@ -1,27 +1,23 @@
-# Bash completion for hostutil.
+# Bash completion for hostutil. Commands and options are taken from the program's own help.
 
 _hostutil() {
-  local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} options=--help
+  local word=${COMP_WORDS[COMP_CWORD]} program=${COMP_WORDS[0]} words
   COMPREPLY=()
   if ((COMP_CWORD == 1)); then
-    mapfile -t COMPREPLY < <(compgen -W "plist locate list inspect sample --help --version" -- "$word")
+    words=$("$program" --help 2>/dev/null | sed -n 's/^  \([a-z]\{1,\}\)  .*/\1/p')
+    mapfile -t COMPREPLY < <(compgen -W "$words --help --version" -- "$word")
     return
   fi
-  case $before in
+  case ${COMP_WORDS[COMP_CWORD - 1]} in
     --layout)
       mapfile -t COMPREPLY < <(compgen -W "two-level flat" -- "$word")
       return ;;
     --match | --domain | --files)
       return ;;
   esac
-  case ${COMP_WORDS[1]} in
-    locate) options+=" --layout --create" ;;
-    list) options+=" --match --domain --json" ;;
-    inspect) options+=" --json" ;;
-    sample) options+=" --files --layout" ;;
-  esac
   if [[ $word == -* ]]; then
-    mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
+    words=$("$program" "${COMP_WORDS[1]}" --help 2>/dev/null | grep -o -- '^  .*--[a-z]*' | grep -o -- '--[a-z]*')
+    mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
   elif [[ ${COMP_WORDS[1]} == plist ]]; then
     mapfile -t COMPREPLY < <(compgen -f -- "$word")
   else

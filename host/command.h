@@ -1,0 +1,35 @@
+// The commands of the program. A command is one file, command_NAME.cpp, whose function AddNAME declares its
+// options and runs it:
+//
+//   void AddTouch(CLI::App& app, ExitStatus& status) {
+//     const auto options = std::make_shared<Options>();
+//     CLI::App* const command = app.add_subcommand("touch", "Set the time of a file");
+//     command->footer("Example:\n  hostutil touch FILE");
+//     command->add_option("FILE", options->file, "the file")->required();
+//     command->callback([options, &status] { status = Run(*options); });
+//   }
+//
+// A new one is added to the declaration below and to the list in main.cpp.
+
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <string>
+
+#include "failure.h"
+
+// Adds the command to `app`; when the arguments name it, parsing them runs it and sets `status`.
+using AddCommand = void(CLI::App& app, ExitStatus& status);
+
+AddCommand AddInspect, AddList, AddLocate, AddPlist, AddSample;
+
+// Adds the option --layout, which sets `two_level`.
+inline void AddLayout(CLI::App* command, bool& two_level) {
+  command
+      ->add_option_function<std::string>(
+          "--layout", [&two_level](const std::string& name) { two_level = name == "two-level"; },
+          "two-level (the default) or flat")
+      ->check(CLI::IsMember({"two-level", "flat"}))
+      ->type_name("LAYOUT");
+}
