@@ -3,12 +3,14 @@
 #include <chrono>
 #include <cstdlib>
 
+#include "backup_plist.h"
 #include "command.h"
 #include "common/libplist.h"
 #include "common/plist_util.h"
 #include "common/utils.h"
-#include "library_text.h"
+#include "file_status.h"
 #include "manifest.h"
+#include "owners.h"
 #include "progress.h"
 #include "report.h"
 #include "terminal_text.h"
@@ -20,12 +22,12 @@ struct Options {
   bool json = false;
 };
 
-// A device's text or date, as a text; none for any other node.
+// The text of a string or date node; none for any other.
 std::optional<std::string> DeviceValue(plist_t node) {
   if (plist_get_node_type(node) == PLIST_STRING) {
     char* text = nullptr;
     plist_get_string_val(node, &text);
-    return Taken(text);
+    return AdoptText(text);
   }
   if (plist_get_node_type(node) == PLIST_DATE) return Utils::ConvertUtcToLocalDate(Libplist::DateOf(node));
   return std::nullopt;
@@ -42,7 +44,7 @@ class Inspection {
  public:
   explicit Inspection(const std::string& root) : folder_(root), manifest_(OpenManifest(folder_)) {
     report_.root = root;
-    report_.two_level = manifest_->TwoLevel();
+    report_.two_level = folder_.TwoLevel();
   }
 
   Report Run() {
@@ -51,7 +53,7 @@ class Inspection {
     ReadEntries();
     const auto elapsed = std::chrono::steady_clock::now() - start;
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(elapsed).count();
-    report_.elapsed = Taken(Utils::ConvertSecondsToTime(static_cast<std::uint32_t>(seconds)));
+    report_.elapsed = AdoptText(Utils::ConvertSecondsToTime(static_cast<std::uint32_t>(seconds)));
     return std::move(report_);
   }
 
@@ -62,7 +64,6 @@ class Inspection {
     if (status.kind == FileKind::Absent) return;
     const Plist info = status.kind == FileKind::Regular ? ReadBackupPlist(path, status.size) : nullptr;
     if (info == nullptr) {
-      ++report_.property_lists_damaged;
       report_.problems.push_back(
           {ProblemKind::DamagedPropertyList, "", "", Utils::GetFileName(path.c_str())});
       return;
@@ -81,7 +82,7 @@ class Inspection {
     for (;;) {
       const Manifest::Next next = manifest_->Read(entry);
       if (next == Manifest::Next::End) return;
-      if (next == Manifest::Next::BrokenOff) report_.broken_off = true;
+      if (next == Manifest::Next::Truncated) report_.truncated = true;
       if (next != Manifest::Next::Entry) {
         AddProblem(ProblemKind::DamagedRecord, entry.id, entry);
       } else {
@@ -93,21 +94,18 @@ class Inspection {
 
   void Check(const Entry& entry) {
     const std::string id = Utils::CalcFileID(entry.domain.c_str(), entry.path.c_str());
-    if (manifest_->TwoLevel() && entry.id != id) {
-      ++report_.mismatched_id;
+    if (folder_.TwoLevel() && entry.id != id) {
       AddProblem(ProblemKind::MismatchedId, entry.id, entry);
     }
     if (entry.kind != EntryKind::File) return;
     ++report_.listed;
-    const std::string place = folder_.StoredPath(id, manifest_->TwoLevel());
-    const std::optional<std::uint64_t> size = folder_.StoredSize(place, manifest_->TwoLevel());
+    const std::string place = folder_.StoredPath(id);
+    const std::optional<std::uint64_t> size = folder_.StoredSize(place);
     if (!size) {
-      ++report_.missing;
       AddProblem(ProblemKind::Missing, id, entry);
       return;
     }
     if (entry.size && *entry.size != *size) {
-      ++report_.wrong_size;
       AddProblem(ProblemKind::WrongSize, id, entry);
     }
     const std::string extension = Utils::GetFilePostfix(entry.path.c_str());
@@ -115,7 +113,7 @@ class Inspection {
     if (Utils::CompareI(extension.c_str(), "plist") == 0) CheckPropertyList(entry, id, place, *size);
   }
 
-  // Adds a present file to what the report sums up.
+  // Adds a present file to the totals.
   void Count(const Entry& entry, const std::string& extension, std::uint64_t size) {
     ++report_.present;
     report_.bytes += size;
@@ -127,10 +125,10 @@ class Inspection {
   }
 
   void CountMonth(long modified) {
-    constexpr std::size_t kBehindMonth = sizeof "-14 22:13:20" - 1;  // years may have more digits than four
+    constexpr std::size_t kAfterMonth = sizeof "-14 22:13:20" - 1;  // years may have more digits than four
     std::string month = Utils::ConvertUtcToLocalDate(modified);
-    if (month.size() <= kBehindMonth) return;
-    month.resize(month.size() - kBehindMonth);
+    if (month.size() <= kAfterMonth) return;
+    month.resize(month.size() - kAfterMonth);
     ++report_.months[month];
     auto& range = report_.modified;
     if (!range) range = {modified, modified};
@@ -143,7 +141,6 @@ class Inspection {
       ++report_.property_lists_read;
       return;
     }
-    ++report_.property_lists_damaged;
     AddProblem(ProblemKind::DamagedPropertyList, id, entry);
   }
 

@@ -105,8 +105,8 @@ class Lister {
     for (;;) {
       const Manifest::Next next = manifest_->Read(entry);
       if (next == Manifest::Next::End) break;
-      if (next == Manifest::Next::BrokenOff) {
-        broken_off_ = true;
+      if (next == Manifest::Next::Truncated) {
+        truncated_ = true;
       } else if (next == Manifest::Next::Damaged) {
         ++damaged_;
       } else if (Wanted(entry)) {
@@ -156,7 +156,7 @@ class Lister {
         {"id", id},        {"domain", entry.domain},    {"path", entry.path}, {"kind", NameOf(entry.kind)},
         {"size", nullptr}, {"modified", DateOf(entry)}, {"stored", nullptr}};
     if (entry.size) json["size"] = *entry.size;
-    if (entry.kind == EntryKind::File) json["stored"] = folder_.StoredPath(id, manifest_->TwoLevel());
+    if (entry.kind == EntryKind::File) json["stored"] = folder_.StoredPath(id);
     return json;
   }
 
@@ -164,7 +164,7 @@ class Lister {
     std::vector<std::string> faults;
     if (damaged_ != 0) faults.push_back("left out " + TerminalText::Counted(damaged_, "damaged record"));
     if (unmatched_ != 0) faults.push_back("could not match " + TerminalText::Counted(unmatched_, "path"));
-    if (broken_off_) faults.emplace_back("could not read the rest of the manifest");
+    if (truncated_) faults.emplace_back("could not read the rest of the manifest");
     if (faults.empty()) return ExitStatus::Fine;
     std::fputs(fmt::format("hostutil: {}\n", fmt::join(faults, ", ")).c_str(), stderr);
     return ExitStatus::Problems;
@@ -178,7 +178,7 @@ class Lister {
   std::unique_ptr<Manifest> manifest_;
   std::uint64_t damaged_ = 0;
   std::uint64_t unmatched_ = 0;
-  bool broken_off_ = false;
+  bool truncated_ = false;
 };
 
 ExitStatus Run(const Options& options) {

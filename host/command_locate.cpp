@@ -1,8 +1,9 @@
 #include <fmt/format.h>
 
-#include "backup_files.h"
+#include "backup_folder.h"
 #include "command.h"
 #include "common/utils.h"
+#include "file_status.h"
 #include "output.h"
 #include "terminal_text.h"
 
@@ -20,7 +21,7 @@ ExitStatus Run(const Options& options) {
   const std::string id = Utils::CalcFileID(options.domain.c_str(), options.path.c_str());
   const std::string place = Utils::ConcatBackupFilePath(WithSeparator(options.root).c_str(), id.c_str(),
                                                         options.two_level, options.create);
-  // Whether the folder could be made is told to nobody, so look.
+  // ConcatBackupFilePath does not report a folder that it could not create.
   const std::string folder = place.substr(0, place.rfind('/'));
   if (options.create && options.two_level && StatusOf(folder).kind != FileKind::Folder) {
     throw Failure(folder + ": cannot be created");

@@ -5,10 +5,10 @@
 #include <cstring>
 #include <iostream>
 
-#include "backup_files.h"
 #include "command.h"
 #include "common/plist_util.h"
 #include "output.h"
+#include "owners.h"
 
 namespace {
 
@@ -16,7 +16,7 @@ struct Options {
   std::string file;
 };
 
-// The library gives one answer for every file that it cannot read; people want to know more.
+// ReadPlist returns null without a reason.
 std::string WhyUnreadable(const std::string& file) {
   struct stat status {};
   if (::stat(file.c_str(), &status) != 0) return std::strerror(errno);
@@ -24,7 +24,7 @@ std::string WhyUnreadable(const std::string& file) {
   if (!S_ISREG(status.st_mode)) return "is not a regular file";
   if (status.st_size == 0) return "is empty";
   if (Stream(std::fopen(file.c_str(), "rb")) == nullptr) return std::strerror(errno);
-  return "is no property list";
+  return "is not a property list";
 }
 
 ExitStatus Run(const Options& options) {

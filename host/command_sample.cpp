@@ -6,13 +6,13 @@
 #include <cstring>
 #include <filesystem>
 
-#include "backup_files.h"
+#include "backup_folder.h"
 #include "command.h"
 #include "common/libplist.h"
 #include "common/plist_util.h"
 #include "common/utils.h"
-#include "library_text.h"
 #include "output.h"
+#include "owners.h"
 #include "sample_manifest.h"
 #include "terminal_text.h"
 
@@ -40,7 +40,7 @@ std::string XmlPlist(plist_t node) {
   char* text = nullptr;
   std::uint32_t length = 0;
   plist_to_xml(node, &text, &length);
-  return Taken(text);
+  return AdoptText(text);
 }
 
 // The settings of an imagined application.
@@ -129,7 +129,7 @@ class Sample {
     PlistUtil::InsertPlistDictString(info.get(), "Serial Number", "SAMPLE000001");
     constexpr long kLastBackup = 1'699'963'200;  // 2023-11-14 12:00:00 UTC
     plist_dict_set_item(info.get(), "Last Backup Date", Libplist::NewDate(kLastBackup));
-    WriteFile(Taken(Utils::ConcatFilePath(root_.c_str(), "Info.plist")), XmlPlist(info.get()));
+    WriteFile(AdoptText(Utils::ConcatFilePath(root_.c_str(), "Info.plist")), XmlPlist(info.get()));
   }
 
   void AddEntry(Entry entry, const std::string& target) {

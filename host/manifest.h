@@ -1,5 +1,5 @@
-// What a backup says it holds, entry by entry, whichever generation it is of. A manifest is not trusted:
-// texts hold any bytes, NUL only in a damaged entry, and identifiers are only there to be compared.
+// The entries of a backup's manifest, of either generation. A manifest is not trusted: texts hold any bytes
+// (NUL only in a damaged entry), and identifiers are compared but never used as paths.
 //
 //   std::unique_ptr<Manifest> manifest = OpenManifest(folder);
 //   Entry entry;
@@ -7,17 +7,35 @@
 
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 
-#include "backup_files.h"
+#include "backup_folder.h"
 
 enum class EntryKind { File, Directory, Link };
 
+// The code of each EntryKind: `flags` in the database, and the top four bits of the mode in a record file.
+using KindCodes = std::array<std::int64_t, 3>;
+inline constexpr KindCodes kDatabaseKinds = {1, 2, 4};
+inline constexpr KindCodes kRecordKinds = {0x8, 0x4, 0xA};
+
+inline std::int64_t CodeOf(EntryKind kind, const KindCodes& codes) {
+  return codes.at(static_cast<std::size_t>(kind));
+}
+
+// None for an unknown code.
+inline std::optional<EntryKind> KindOf(std::int64_t code, const KindCodes& codes) {
+  for (const EntryKind kind : {EntryKind::File, EntryKind::Directory, EntryKind::Link}) {
+    if (CodeOf(kind, codes) == code) return kind;
+  }
+  return std::nullopt;
+}
+
 struct Entry {
-  std::string id;  // the manifest's own word for it; empty where the generation has none
+  std::string id;  // as the manifest records it; empty in the flat generation
   std::string domain;
   std::string path;
   EntryKind kind = EntryKind::File;
@@ -29,12 +47,12 @@ class Manifest {
  public:
   enum class Next {
     Entry,
-    Damaged,    // a record that cannot be used; the entry holds what is known of it
-    BrokenOff,  // the same, and what follows it cannot be read: the end is next
+    Damaged,    // an invalid record; the entry holds the fields that could be read
+    Truncated,  // invalid, and the records after it cannot be found: End is next
     End,
   };
 
-  // How far the reading is, in a unit of the manifest's own. A total of 0 is not known.
+  // The reading position, in bytes or rows. A total of 0 is unknown.
   struct Position {
     std::uint64_t done;
     std::uint64_t total;
@@ -43,12 +61,9 @@ class Manifest {
   virtual ~Manifest() = default;
   virtual Next Read(Entry& entry) = 0;
   virtual Position Where() = 0;
-
-  // Whether this generation stores its files in two levels of folders.
-  virtual bool TwoLevel() const = 0;
 };
 
-// The backup's manifest: Manifest.db, or else Manifest.mbdb. Throws Failure when there is none to read.
+// The manifest of `folder`. Throws Failure when it cannot be read.
 std::unique_ptr<Manifest> OpenManifest(const BackupFolder& folder);
 
 std::unique_ptr<Manifest> OpenManifestDb(const std::string& path);

@@ -6,12 +6,13 @@
 
 #include "common/big_endian_bit_converter.h"
 #include "failure.h"
+#include "file_status.h"
 
 namespace {
 
 constexpr std::array<unsigned char, 6> kMagic = {'m', 'b', 'd', 'b', 5, 0};
 
-// The fixed part of a record: where each field begins and how long all are.
+// Offsets in the fixed part of a record, and its size.
 enum Field : std::int32_t {
   kMode = 0,
   kInode = 2,
@@ -25,19 +26,6 @@ enum Field : std::int32_t {
   kPropertyCount = 39,
   kFixedSize = 40,
 };
-
-std::optional<EntryKind> KindOf(std::uint16_t mode) {
-  switch (mode >> 12) {
-    case 0x8:
-      return EntryKind::File;
-    case 0x4:
-      return EntryKind::Directory;
-    case 0xA:
-      return EntryKind::Link;
-    default:
-      return std::nullopt;
-  }
-}
 
 class RecordFile final : public Manifest {
  public:
@@ -53,13 +41,13 @@ class RecordFile final : public Manifest {
     if (ended_ || AtEnd()) return Next::End;
     std::array<unsigned char, kFixedSize> fixed{};
     if (!ReadRecord(entry, fixed)) {
-      ended_ = true;  // where the next record begins is not known
-      return Next::BrokenOff;
+      ended_ = true;  // the start of the next record is unknown
+      return Next::Truncated;
     }
     using namespace BigEndianBitConverter;
     entry.modified = static_cast<long>(ToUInt32(fixed.data(), kModified));
     const std::int64_t length = ToInt64(fixed.data(), kLength);
-    const std::optional<EntryKind> kind = KindOf(ToUInt16(fixed.data(), kMode));
+    const std::optional<EntryKind> kind = KindOf(ToUInt16(fixed.data(), kMode) >> 12, kRecordKinds);
     if (!kind || length < 0 || !HoldsNoNul(entry)) return Next::Damaged;
     entry.kind = *kind;
     entry.size = static_cast<std::uint64_t>(length);
@@ -67,7 +55,6 @@ class RecordFile final : public Manifest {
   }
 
   Position Where() override { return {done_, size_}; }
-  bool TwoLevel() const override { return false; }
 
  private:
   static bool HoldsNoNul(const Entry& entry) {
@@ -76,7 +63,7 @@ class RecordFile final : public Manifest {
 
   bool AtEnd() {
     const int next = std::getc(stream_.get());
-    if (next == EOF) return std::ferror(stream_.get()) == 0;  // a read error is met again by the next read
+    if (next == EOF) return std::ferror(stream_.get()) == 0;  // the next read reports a read error
     std::ungetc(next, stream_.get());
     return false;
   }
@@ -87,7 +74,7 @@ class RecordFile final : public Manifest {
     return true;
   }
 
-  // A text that is missing is left empty.
+  // A missing text is empty.
   bool ReadText(std::string& text) {
     std::array<unsigned char, 2> prefix{};
     text.clear();
@@ -132,6 +119,6 @@ std::unique_ptr<Manifest> OpenManifestMbdb(const std::string& path) {
   Stream stream(std::fopen(path.c_str(), "rb"));
   if (stream == nullptr) throw Failure(path + ": " + std::strerror(errno));
   std::unique_ptr<Manifest> records = ReadRecords(std::move(stream), StatusOf(path).size);
-  if (records == nullptr) throw Failure(path + ": is no record file");
+  if (records == nullptr) throw Failure(path + ": is not a record file");
   return records;
 }

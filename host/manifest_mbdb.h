@@ -6,10 +6,11 @@
 #include <memory>
 
 #include "manifest.h"
+#include "owners.h"
 
-// The length of a text that is missing.
+// The length field of a missing text.
 inline constexpr std::uint16_t kNoText = 0xFFFF;
 
-// A reader of the records in `stream`, which holds `size` bytes; null when it does not begin as a record file
-// does. Records are read one at a time: memory is bounded by the longest one.
+// A reader of the records in `stream`, which holds `size` bytes; null without the magic number. Reads one
+// record at a time: memory is bounded by the longest text.
 std::unique_ptr<Manifest> ReadRecords(Stream stream, std::uint64_t size);

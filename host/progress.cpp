@@ -9,8 +9,8 @@
 #include <string_view>
 
 #include "common/utils.h"
-#include "library_text.h"
 #include "output.h"
+#include "owners.h"
 #include "terminal_text.h"
 
 namespace {
@@ -66,7 +66,7 @@ void Progress::Show(Manifest& manifest) {
     const double part = static_cast<double>(done) / static_cast<double>(total);
     const double left = std::min(seconds / part - seconds, 4e9);
     line += fmt::format(", {:.0f} %, {} left", 100 * part,
-                        Taken(Utils::ConvertSecondsToTime(static_cast<std::uint32_t>(left))));
+                        AdoptText(Utils::ConvertSecondsToTime(static_cast<std::uint32_t>(left))));
   }
   // In the last column some terminals would clear what was just written there.
   const std::size_t room = std::max<std::size_t>(TerminalWidth(STDERR_FILENO), 2) - 1;

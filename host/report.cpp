@@ -19,7 +19,7 @@ using TerminalText::PaddedLeft;
 using TerminalText::PaddedRight;
 
 std::string_view NameOf(ProblemKind kind) {
-  return kProblemKinds.at(static_cast<std::size_t>(kind));
+  return kProblemNames.at(static_cast<std::size_t>(kind));
 }
 
 std::string_view LayoutOf(const Report& report) {
@@ -68,7 +68,7 @@ void AddVerdict(const Report& report, Text& text) {
     return;
   }
   text.StyledLine(text.screen().Red(Counted(report.problems.size(), "problem")) +
-                  (report.broken_off ? ", and the rest of the manifest cannot be read" : ""));
+                  (report.truncated ? ", and the rest of the manifest cannot be read" : ""));
 }
 
 // A line that names what a problem is about. Its end, where the file's name is, is never cut away.
@@ -84,16 +84,14 @@ std::string NamesOf(const Problem& problem, const Text& text) {
 void AddProblems(const Report& report, Text& text) {
   constexpr std::size_t kShown = 20;
   std::size_t shown = 0;
-  for (std::size_t kind = 0; kind < kProblemKinds.size(); ++kind) {
-    const auto is_kind = [kind](const Problem& problem) {
-      return problem.kind == static_cast<ProblemKind>(kind);
-    };
-    const auto count = std::count_if(report.problems.begin(), report.problems.end(), is_kind);
+  for (std::size_t index = 0; index < kProblemNames.size(); ++index) {
+    const auto kind = static_cast<ProblemKind>(index);
+    const std::uint64_t count = report.Count(kind);
     if (count == 0) continue;
-    text.Line(fmt::format("  {}: {}", kProblemKinds.at(kind), Count(static_cast<std::uint64_t>(count))));
+    text.Line(fmt::format("  {}: {}", NameOf(kind), Count(count)));
     for (const Problem& problem : report.problems) {
       if (shown == kShown) break;
-      if (!is_kind(problem)) continue;
+      if (problem.kind != kind) continue;
       ++shown;
       text.Line(NamesOf(problem, text));
     }
@@ -137,13 +135,23 @@ void AddExtensions(const Report& report, Text& text) {
 
 }  // namespace
 
+std::uint64_t Report::Count(ProblemKind kind) const {
+  const auto count =
+      std::count_if(problems.begin(), problems.end(), [kind](const Problem& p) { return p.kind == kind; });
+  return static_cast<std::uint64_t>(count);
+}
+
 std::string ReportAsJson(const Report& report) {
   Json json = {{"root", report.root}, {"layout", LayoutOf(report)}, {"device", Json::object()}};
   for (const auto& [key, value] : report.device) json["device"][key] = value;
-  json["files"] = {{"listed", report.listed},         {"present", report.present},
-                   {"missing", report.missing},       {"mismatched_id", report.mismatched_id},
-                   {"wrong_size", report.wrong_size}, {"bytes", report.bytes}};
-  json["property_lists"] = {{"read", report.property_lists_read}, {"damaged", report.property_lists_damaged}};
+  json["files"] = {{"listed", report.listed},
+                   {"present", report.present},
+                   {"missing", report.Count(ProblemKind::Missing)},
+                   {"mismatched_id", report.Count(ProblemKind::MismatchedId)},
+                   {"wrong_size", report.Count(ProblemKind::WrongSize)},
+                   {"bytes", report.bytes}};
+  json["property_lists"] = {{"read", report.property_lists_read},
+                            {"damaged", report.Count(ProblemKind::DamagedPropertyList)}};
   json["domains"] = Json::object();
   // Appended as pairs: an ordered object looks through all its keys at every insertion by key.
   auto& domains = json["domains"].get_ref<Json::object_t&>();
@@ -183,11 +191,11 @@ std::string ReportAsText(const Report& report, const Screen& screen) {
   text.Heading("Files");
   text.Field("Listed", Count(report.listed));
   text.Field("Present", fmt::format("{} ({})", Count(report.present), TerminalText::Size(report.bytes)));
-  text.Field("Missing", Count(report.missing));
-  text.Field("Mismatched id", Count(report.mismatched_id));
-  text.Field("Wrong size", Count(report.wrong_size));
+  text.Field("Missing", Count(report.Count(ProblemKind::Missing)));
+  text.Field("Mismatched id", Count(report.Count(ProblemKind::MismatchedId)));
+  text.Field("Wrong size", Count(report.Count(ProblemKind::WrongSize)));
   text.Field("Property lists", fmt::format("{} read, {} damaged", Count(report.property_lists_read),
-                                           Count(report.property_lists_damaged)));
+                                           Count(report.Count(ProblemKind::DamagedPropertyList))));
   AddDomains(report, text);
   AddExtensions(report, text);
   return text.Take();

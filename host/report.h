@@ -1,4 +1,4 @@
-// What an inspection of a backup finds, and its two forms: for people and for programs.
+// The result of inspecting a backup, and its two forms: text and JSON.
 
 #pragma once
 
@@ -14,12 +14,14 @@
 #include "output.h"
 
 enum class ProblemKind { Missing, MismatchedId, WrongSize, DamagedPropertyList, DamagedRecord };
-inline constexpr std::array<std::string_view, 5> kProblemKinds = {"missing", "mismatched-id", "wrong-size",
+
+// The name of each kind, in the order of the enumeration.
+inline constexpr std::array<std::string_view, 5> kProblemNames = {"missing", "mismatched-id", "wrong-size",
                                                                   "damaged-property-list", "damaged-record"};
 
 struct Problem {
   ProblemKind kind;
-  std::string id;  // the computed one; of a mismatched or damaged entry the manifest's own
+  std::string id;  // computed; the manifest's own for a mismatched identifier or damaged record
   std::string domain;
   std::string path;
 };
@@ -36,26 +38,26 @@ struct Report {
 
   std::uint64_t listed = 0;
   std::uint64_t present = 0;
-  std::uint64_t missing = 0;
-  std::uint64_t mismatched_id = 0;
-  std::uint64_t wrong_size = 0;
   std::uint64_t bytes = 0;
   std::uint64_t property_lists_read = 0;
-  std::uint64_t property_lists_damaged = 0;
 
-  // Names in these three are valid UTF-8: invalid ones that would look alike are one.
+  // Keys are valid UTF-8: names that differ only in invalid bytes share one.
   std::map<std::string, DomainTotal> domains;
   std::map<std::string, std::uint64_t> extensions;
   std::map<std::string, std::uint64_t> months;
   std::optional<std::pair<long, long>> modified;  // the earliest and the latest
 
   std::vector<Problem> problems;
-  bool broken_off = false;  // the rest of the manifest cannot be read; the last damaged record stands for it
+
+  // Linear in the number of problems.
+  std::uint64_t Count(ProblemKind kind) const;
+
+  bool truncated = false;  // the manifest after the last damaged record is unread
   std::string elapsed;
 };
 
 // One JSON object on one line, in ASCII.
 std::string ReportAsJson(const Report& report);
 
-// Lines for people, fit for `screen`.
+// Text for people, cut to the width of `screen`.
 std::string ReportAsText(const Report& report, const Screen& screen);

@@ -1,26 +1,21 @@
 #include "sample_manifest.h"
 
 #include <fmt/format.h>
-#include <sqlite3.h>
 
-#include <array>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <limits>
 
 #include "common/plist_util.h"
 #include "common/utils.h"
 #include "failure.h"
-#include "library_text.h"
 #include "manifest_mbdb.h"
 
 namespace {
 
-constexpr std::array<std::uint16_t, 3> kModes = {0x81A4, 0x41ED, 0xA1ED};  // file, directory, link
-
 std::uint16_t ModeOf(const Entry& entry) {
-  return kModes.at(static_cast<std::size_t>(entry.kind));
+  const int permissions = entry.kind == EntryKind::File ? 0644 : 0755;
+  return static_cast<std::uint16_t>(CodeOf(entry.kind, kRecordKinds) << 12 | permissions);
 }
 
 // The description of a file as the archive that the database keeps: its fields refer to one another by index.
@@ -50,13 +45,6 @@ std::string KeyedArchive(const Entry& entry) {
   return BinaryPlist(archive.get());
 }
 
-struct CloseDatabase {
-  void operator()(sqlite3* database) const { sqlite3_close_v2(database); }
-};
-struct FinalizeStatement {
-  void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
-};
-
 class DatabaseWriter final : public ManifestWriter {
  public:
   explicit DatabaseWriter(std::string path) : path_(std::move(path)) {
@@ -77,12 +65,11 @@ class DatabaseWriter final : public ManifestWriter {
   }
 
   void Add(const Entry& entry, const std::string& /*target*/) override {
-    constexpr std::array<int, 3> kFlags = {1, 2, 4};
     const std::string archive = KeyedArchive(entry);
     BindText(1, entry.id);
     BindText(2, entry.domain);
     BindText(3, entry.path);
-    sqlite3_bind_int(insert_.get(), 4, kFlags.at(static_cast<std::size_t>(entry.kind)));
+    sqlite3_bind_int64(insert_.get(), 4, CodeOf(entry.kind, kDatabaseKinds));
     sqlite3_bind_blob64(insert_.get(), 5, archive.data(), archive.size(), SQLITE_TRANSIENT);
     Check(sqlite3_step(insert_.get()), SQLITE_DONE);
     sqlite3_reset(insert_.get());
@@ -102,8 +89,8 @@ class DatabaseWriter final : public ManifestWriter {
   }
 
   std::string path_;
-  std::unique_ptr<sqlite3, CloseDatabase> database_;
-  std::unique_ptr<sqlite3_stmt, FinalizeStatement> insert_;
+  Database database_;
+  Statement insert_;
 };
 
 class RecordWriter final : public ManifestWriter {
@@ -163,18 +150,18 @@ class RecordWriter final : public ManifestWriter {
 }  // namespace
 
 std::unique_ptr<ManifestWriter> WriteManifestDb(const std::string& root) {
-  return std::make_unique<DatabaseWriter>(Taken(Utils::ConcatFilePath(root.c_str(), "Manifest.db")));
+  return std::make_unique<DatabaseWriter>(AdoptText(Utils::ConcatFilePath(root.c_str(), "Manifest.db")));
 }
 
 std::unique_ptr<ManifestWriter> WriteManifestMbdb(const std::string& root) {
-  return std::make_unique<RecordWriter>(Taken(Utils::ConcatFilePath(root.c_str(), "Manifest.mbdb")));
+  return std::make_unique<RecordWriter>(AdoptText(Utils::ConcatFilePath(root.c_str(), "Manifest.mbdb")));
 }
 
 std::string BinaryPlist(plist_t node) {
   char* bytes = nullptr;
   std::uint32_t length = 0;
   plist_to_bin(node, &bytes, &length);
-  const std::unique_ptr<char, decltype(&std::free)> block(bytes, &std::free);
+  const Block block(bytes);
   if (block == nullptr) throw std::bad_alloc();
   return std::string(block.get(), length);
 }

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "manifest.h"
+#include "owners.h"
 
 class ManifestWriter {
  public:

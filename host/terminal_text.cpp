@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <array>
 
+#include "platform/utf8.h"
+
 namespace {
 
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
@@ -14,27 +16,11 @@ unsigned char ByteAt(std::string_view text, std::size_t at) {
   return static_cast<unsigned char>(text[at]);
 }
 
-// The length of the valid UTF-8 sequence that `rest` begins with; 0 when it begins with none.
-std::size_t SequenceLength(std::string_view rest) {
-  const unsigned char lead = ByteAt(rest, 0);
-  if (lead < 0x80) return 1;
-  if (lead < 0xC2 || lead > 0xF4) return 0;
-  const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
-  if (rest.size() < length) return 0;
-  for (std::size_t at = 1; at < length; ++at) {
-    if ((ByteAt(rest, at) & 0xC0) != 0x80) return 0;
-  }
-  const unsigned char second = ByteAt(rest, 1);
-  const bool too_long = (lead == 0xE0 && second < 0xA0) || (lead == 0xF0 && second < 0x90);
-  const bool out_of_range = (lead == 0xED && second >= 0xA0) || (lead == 0xF4 && second >= 0x90);
-  return too_long || out_of_range ? 0 : length;
-}
-
 // Calls `visit` with each character of `text`, with the replacement character for a byte that begins none.
 template <typename Visit>
 void ForEachCharacter(std::string_view text, Visit visit) {
   while (!text.empty()) {
-    const std::size_t length = SequenceLength(text);
+    const std::size_t length = Utf8::SequenceLength(text);
     visit(length == 0 ? kReplacement : text.substr(0, length));
     text.remove_prefix(length == 0 ? 1 : length);
   }

@@ -235,7 +235,7 @@ TEST(Program, PrintsPropertyListsAndRefusesBadUsage) {
     EXPECT_THAT(backup.Run("hostutil plist " + list).out,
                 HasSubstr("<key>Account</key>\n\t<string>(None)</string>"));
   }
-  EXPECT_THAT(backup.Look("hostutil plist $note"), IsFailure("is no property list"));
+  EXPECT_THAT(backup.Look("hostutil plist $note"), IsFailure("is not a property list"));
   EXPECT_THAT(backup.Look("hostutil inspect 'no\n'"), IsFailure("no\\\\n: No such file"));
   for (const std::string arguments :
        {"", "nothing", "inspect", "inspect ''", "inspect . --nothing", "inspect . second",

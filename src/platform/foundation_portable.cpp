@@ -6,10 +6,12 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/autorelease_pool.h"
 #include "platform/foundation.h"
+#include "platform/utf8.h"
 
 namespace Foundation {
 
@@ -43,28 +45,11 @@ void DrainTo(std::size_t size) {
   while (pool_stack.size() > size) pool_stack.pop_back();
 }
 
-// The number of bytes of the well-formed UTF-8 sequence at `text`, 0 when it is none.
-std::size_t SequenceLength(const unsigned char* text) {
-  const auto continues = [text](std::size_t at) { return (text[at] & 0xC0) == 0x80; };
-  const unsigned char lead = text[0];
-  if (lead < 0x80) return 1;
-  if (lead < 0xC2 || lead > 0xF4 || !continues(1)) return 0;
-  if (lead < 0xE0) return 2;
-  if (lead < 0xF0) {
-    const bool overlong = lead == 0xE0 && text[1] < 0xA0;
-    const bool surrogate = lead == 0xED && text[1] >= 0xA0;
-    return !overlong && !surrogate && continues(2) ? 3 : 0;
-  }
-  const bool overlong = lead == 0xF0 && text[1] < 0x90;
-  const bool too_large = lead == 0xF4 && text[1] >= 0x90;
-  return !overlong && !too_large && continues(2) && continues(3) ? 4 : 0;
-}
-
-bool IsValidUtf8(const char* text) {
-  for (auto* at = reinterpret_cast<const unsigned char*>(text); *at != 0;) {
-    const std::size_t length = SequenceLength(at);
+bool IsValidUtf8(std::string_view text) {
+  while (!text.empty()) {
+    const std::size_t length = Utf8::SequenceLength(text);
     if (length == 0) return false;
-    at += length;
+    text.remove_prefix(length);
   }
   return true;
 }
