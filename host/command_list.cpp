@@ -25,7 +25,7 @@ struct Options {
 
 using Json = nlohmann::ordered_json;
 
-// A line for people, cut into its columns.
+// The columns of a line of text output.
 struct Row {
   std::string kind, size, modified, domain, path;
 };
@@ -39,8 +39,8 @@ std::string DateOf(const Entry& entry) {
   return entry.modified ? Utils::ConvertUtcToLocalDate(*entry.modified) : std::string();
 }
 
-// Prints rows in aligned columns. The widths are those of the first rows, so that a listing of any length
-// begins at once and takes no more memory than a short one.
+// Prints rows in aligned columns. Widths are measured on the first 1000 rows only, which bounds memory and
+// delay.
 class Table {
  public:
   Table(Output& output, const Screen& screen) : output_(output), screen_(screen) {}

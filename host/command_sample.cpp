@@ -43,7 +43,7 @@ std::string XmlPlist(plist_t node) {
   return AdoptText(text);
 }
 
-// The settings of an imagined application.
+// The settings of a made-up application.
 std::string Settings(std::size_t number, bool binary) {
   const Plist settings(plist_new_dict());
   PlistUtil::InsertPlistDictString(settings.get(), "Name", fmt::format("Application {}", number).c_str());
@@ -51,14 +51,14 @@ std::string Settings(std::size_t number, bool binary) {
   plist_dict_set_item(settings.get(), "Launches", plist_new_uint(number % 97));
   plist_dict_set_item(settings.get(), "Sound", plist_new_bool(number % 2 == 0));
   const plist_t recent = plist_new_array();
-  for (std::size_t item = 0; item < number % 7; ++item) {
-    PlistUtil::AppendPlistArrayString(recent, fmt::format("Documents/note-{}.txt", item).c_str());
+  for (std::size_t index = 0; index < number % 7; ++index) {
+    PlistUtil::AppendPlistArrayString(recent, fmt::format("Documents/note-{}.txt", index).c_str());
   }
   plist_dict_set_item(settings.get(), "Recent", recent);
   return binary ? BinaryPlist(settings.get()) : XmlPlist(settings.get());
 }
 
-// Bytes that stand for a picture or the like: any, but always the same.
+// Deterministic pseudo-random contents of a binary file.
 std::string Noise(std::size_t number) {
   std::string bytes((number * 37) % 3000 + 100, '\0');
   auto state = static_cast<std::uint32_t>(number);

@@ -1,11 +1,11 @@
-// What ends a command: unreadable input or unwritable output.
+// The exit statuses, and the exception for unreadable input and bad usage.
 
 #pragma once
 
 #include <stdexcept>
 #include <string>
 
-// Told to the user as one line on standard error; the exit status is 2. Thrown before anything was printed.
+// Printed as one line on standard error; exit status 2. REQUIRES: thrown before any output.
 struct Failure : std::runtime_error {
   using std::runtime_error::runtime_error;
 };

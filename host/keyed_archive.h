@@ -1,4 +1,4 @@
-// The description of a file that a manifest database keeps as a keyed archive.
+// Decodes the keyed archive in the `file` column of a manifest database.
 
 #pragma once
 

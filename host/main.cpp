@@ -27,7 +27,7 @@ constexpr char kExamples[] =
     "\n"
     "Exit status: 0 fine, 1 the backup has problems, 2 usage or unreadable input.";
 
-// Asked-for help and version go to standard output like any other result.
+// Help and version are results: standard output, with its error checks.
 ExitStatus Print(const std::string& text) {
   Output output;
   output.Write(text);
@@ -70,14 +70,14 @@ ExitStatus Run(int argc, const char* const* argv) {
   return status;
 }
 
-// One line, whatever the message quotes.
+// Escaped, so that the message stays one line.
 ExitStatus Fail(std::string_view message) {
   const std::string line = "hostutil: " + TerminalText::Escaped(message) + '\n';
   std::fputs(line.c_str(), stderr);
   return ExitStatus::Failed;
 }
 
-// Without this a file that is opened could become standard output.
+// If a standard descriptor is closed, the next file opened would take its number.
 void OccupyStandardStreams() {
   for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
     if (::fcntl(stream, F_GETFD) < 0 && ::open("/dev/null", O_RDONLY) < 0) return;
@@ -88,7 +88,7 @@ void OccupyStandardStreams() {
 
 int main(int argc, char** argv) {
   OccupyStandardStreams();
-  // Dates are looked up by the file anyway; named here, it is not looked for again at each of them.
+  // With TZ unset, localtime checks /etc/localtime on every call; naming the file avoids that.
   ::setenv("TZ", ":/etc/localtime", 0);
   FLAGS_minloglevel = google::NUM_SEVERITIES;  // the library's log lines would reach standard error
   ExitStatus status = ExitStatus::Failed;

@@ -1,4 +1,4 @@
-// Standard output: whole lines, failures noticed, and what a terminal allows.
+// Buffered standard output with error checks, and the width and colours of the terminal.
 
 #pragma once
 
@@ -6,12 +6,12 @@
 #include <string>
 #include <string_view>
 
-// Thrown when standard output takes no more. Nothing that reads it is left to be told when a pipe was closed.
+// A failed write to standard output. EPIPE: the reader has gone, so exit silently.
 struct OutputFailure {
   int error;
 };
 
-// Collects lines and writes many at once.
+// Buffers output. The destructor does not flush.
 class Output {
  public:
   void Write(std::string_view lines);
@@ -21,17 +21,17 @@ class Output {
   std::string pending_;
 };
 
-// The width in columns of the terminal at this descriptor, 0 when it is no terminal.
+// The width in columns of the terminal at this descriptor, 0 when it is not a terminal.
 std::size_t TerminalWidth(int descriptor);
 
-// What standard output is: its width in columns, 0 when it is no terminal, and whether colours are wanted.
+// What standard output is: its width in columns, 0 when it is not a terminal, and whether colours are wanted.
 struct Screen {
   std::size_t width = 0;
   bool colour = false;
 
   static Screen OfStandardOutput();
 
-  // `text` in a style when colours are wanted.
+  // `text` in a style, plain without colours.
   std::string Bold(std::string_view text) const { return Styled("1", text); }
   std::string Red(std::string_view text) const { return Styled("31", text); }
   std::string Green(std::string_view text) const { return Styled("32", text); }

@@ -19,11 +19,11 @@ constexpr std::string_view kClearLine = "\r\x1b[K";
 constexpr int kEndingSignals[] = {SIGINT, SIGTERM, SIGHUP};
 
 void ClearLine() {
-  // When the terminal is gone there is nothing to clear.
+  // Ignore errors: the terminal may be gone.
   if (::write(STDERR_FILENO, kClearLine.data(), kClearLine.size()) < 0) return;
 }
 
-// Takes the line away and lets the signal end the process as it would have.
+// Clears the line, then ends the process by the signal.
 void EndBySignal(int signal) {
   ClearLine();
   ::signal(signal, SIG_DFL);
@@ -68,7 +68,7 @@ void Progress::Show(Manifest& manifest) {
     line += fmt::format(", {:.0f} %, {} left", 100 * part,
                         AdoptText(Utils::ConvertSecondsToTime(static_cast<std::uint32_t>(left))));
   }
-  // In the last column some terminals would clear what was just written there.
+  // On some terminals, clearing at the last column erases its character.
   const std::size_t room = std::max<std::size_t>(TerminalWidth(STDERR_FILENO), 2) - 1;
   std::fputs(fmt::format("\r{}\x1b[K", TerminalText::ElidedEnd(line, room)).c_str(), stderr);
   drawn_ = true;

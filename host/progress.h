@@ -1,9 +1,9 @@
-// One line on standard error that tells how far a long reading is; nothing when that is no terminal.
+// A progress line on standard error; nothing when that is not a terminal.
 //
 //   Progress progress;
-//   progress.Advance(*manifest);     // at every entry; looks at the clock now and then
+//   progress.Advance(*manifest);     // for every entry; reads the clock every 16th time
 //
-// The line goes with the object, and with the process when an interrupt ends it.
+// The destructor clears the line, and so does a signal that ends the process.
 
 #pragma once
 

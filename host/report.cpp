@@ -26,7 +26,7 @@ std::string_view LayoutOf(const Report& report) {
   return report.two_level ? "two-level" : "flat";
 }
 
-// The entries of a map with the largest first; of equal ones the first by name.
+// The entries by descending weight, then by name.
 template <typename Value, typename Weight>
 std::vector<std::pair<std::string, Value>> Largest(const std::map<std::string, Value>& map, Weight weight) {
   std::vector<std::pair<std::string, Value>> sorted(map.begin(), map.end());
@@ -35,7 +35,7 @@ std::vector<std::pair<std::string, Value>> Largest(const std::map<std::string, V
   return sorted;
 }
 
-// Builds the lines of the report for people.
+// Builds the text report.
 class Text {
  public:
   explicit Text(const Screen& screen) : screen_(screen) {}
@@ -71,16 +71,16 @@ void AddVerdict(const Report& report, Text& text) {
                   (report.truncated ? ", and the rest of the manifest cannot be read" : ""));
 }
 
-// A line that names what a problem is about. Its end, where the file's name is, is never cut away.
+// A line with the entry of a problem. Elided in the middle: the end holds the file name.
 std::string NamesOf(const Problem& problem, const Text& text) {
   const std::string id =
       problem.id.empty() ? "    " : "    " + TerminalText::ElidedEnd(Escaped(problem.id), 40) + "  ";
   const std::string name = problem.domain.empty() ? problem.path : problem.domain + "  " + problem.path;
-  if (problem.id.empty() && name.empty()) return id + "(nothing is known of it)";
+  if (problem.id.empty() && name.empty()) return id + "(unknown entry)";
   return id + TerminalText::ElidedMiddle(Escaped(name), text.RoomFor(TerminalText::Width(id)));
 }
 
-// The problems by kind, the first twenty of all in full.
+// Counts by kind, with the first twenty problems in full.
 void AddProblems(const Report& report, Text& text) {
   constexpr std::size_t kShown = 20;
   std::size_t shown = 0;
@@ -153,7 +153,7 @@ std::string ReportAsJson(const Report& report) {
   json["property_lists"] = {{"read", report.property_lists_read},
                             {"damaged", report.Count(ProblemKind::DamagedPropertyList)}};
   json["domains"] = Json::object();
-  // Appended as pairs: an ordered object looks through all its keys at every insertion by key.
+  // emplace_back: operator[] of an ordered object is linear in its keys.
   auto& domains = json["domains"].get_ref<Json::object_t&>();
   for (const auto& [name, total] : report.domains) {
     domains.emplace_back(name, Json{{"files", total.files}, {"bytes", total.bytes}});

@@ -18,7 +18,7 @@ std::uint16_t ModeOf(const Entry& entry) {
   return static_cast<std::uint16_t>(CodeOf(entry.kind, kRecordKinds) << 12 | permissions);
 }
 
-// The description of a file as the archive that the database keeps: its fields refer to one another by index.
+// The keyed archive for the `file` column: objects refer to one another by index.
 std::string KeyedArchive(const Entry& entry) {
   const plist_t file = plist_new_dict();
   plist_dict_set_item(file, "Size", plist_new_uint(entry.size.value_or(0)));
@@ -52,7 +52,7 @@ class DatabaseWriter final : public ManifestWriter {
     const int code = sqlite3_open(path_.c_str(), &opened);
     database_.reset(opened);
     Check(code, SQLITE_OK);
-    // Nothing is lost when the making of a sample is cut short, so it needs no journal.
+    // No journal: an interrupted sample is simply made again.
     Run("PRAGMA journal_mode=OFF");
     Run("PRAGMA synchronous=OFF");
     Run("BEGIN");

@@ -1,4 +1,4 @@
-// Writes the manifest of a backup, of either generation. What it writes depends on the entries alone.
+// Writes a manifest of either generation. The output is deterministic.
 
 #pragma once
 
@@ -12,7 +12,7 @@ class ManifestWriter {
  public:
   virtual ~ManifestWriter() = default;
 
-  // `target` is where a link points to. Both throw Failure when the disk takes no more.
+  // `target` is the target of a link. Both functions throw Failure when writing fails.
   virtual void Add(const Entry& entry, const std::string& target) = 0;
   virtual void Finish() = 0;
 };

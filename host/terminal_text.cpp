@@ -16,7 +16,7 @@ unsigned char ByteAt(std::string_view text, std::size_t at) {
   return static_cast<unsigned char>(text[at]);
 }
 
-// Calls `visit` with each character of `text`, with the replacement character for a byte that begins none.
+// Calls `visit` with each character of `text`; with U+FFFD for each invalid byte.
 template <typename Visit>
 void ForEachCharacter(std::string_view text, Visit visit) {
   while (!text.empty()) {
@@ -48,7 +48,7 @@ bool ContinuesCharacter(char byte) {
   return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
 }
 
-// Where the character number `count` of `text` begins.
+// The offset of character `count`, from 0.
 std::size_t OffsetOf(std::string_view text, std::size_t count) {
   std::size_t at = 0;
   for (; at < text.size(); ++at) {
@@ -60,7 +60,7 @@ std::size_t OffsetOf(std::string_view text, std::size_t count) {
 }  // namespace
 
 std::string TerminalText::ValidUtf8(std::string_view text) {
-  // Nearly every name is plain, and a large backup asks twice for every file.
+  // Fast path: most names are ASCII, and this runs twice for each file.
   const bool plain = std::all_of(text.begin(), text.end(), [](char c) { return (c & 0x80) == 0; });
   if (plain) return std::string(text);
   std::string valid;

@@ -1,5 +1,4 @@
-// Text from a backup made fit for a screen, and numbers as people read them. Widths are counted in code
-// points.
+// Escapes, pads and cuts text from a backup for a terminal, and formats numbers. Widths are in code points.
 //
 //   TerminalText::Escaped("a\x1b[31m\n")       // "a\\x1b[31m\\n"
 //   TerminalText::Size(1536)                   // "1.5 KiB"
@@ -16,16 +15,16 @@ namespace TerminalText {
 // `text` with every byte that is not part of valid UTF-8 replaced by U+FFFD.
 std::string ValidUtf8(std::string_view text);
 
-// The same, and with every control character written as an escape: nothing in it can move a cursor.
+// ValidUtf8 with control characters escaped, so that no text can send commands to the terminal.
 std::string Escaped(std::string_view text);
 
 std::size_t Width(std::string_view text);
 
-// `text` cut to `width` code points, an ellipsis in the place of what was taken out. Width 0 cuts nothing.
+// `text` cut to `width`, with an ellipsis for the removed part. Width 0 cuts nothing.
 std::string ElidedEnd(std::string_view text, std::size_t width);
 std::string ElidedMiddle(std::string_view text, std::size_t width);
 
-// `text` with spaces behind it, or before it, up to `width`.
+// `text` followed (right) or preceded (left) by spaces up to `width`.
 std::string PaddedRight(std::string_view text, std::size_t width);
 std::string PaddedLeft(std::string_view text, std::size_t width);
 
