@@ -3,15 +3,18 @@
 #include <absl/strings/str_cat.h>
 #include <nettle/sha1.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
 
-#include <cstring>
+#include <filesystem>
 #include <stdexcept>
-#include <string_view>
 
+#include "bench.h"
 #include "common/utils/backup_layout.h"
 #include "common/utils/table_check.h"
-#include "comparison.h"
-#include "sample_data.h"
+
+static bool operator==(const TableCheckResult& left, const TableCheckResult& right) {
+  return left.table == right.table && left.column == right.column;
+}
 
 namespace {
 
@@ -19,7 +22,6 @@ void Update(sha1_ctx& context, std::string_view text) {
   sha1_update(&context, text.size(), reinterpret_cast<const std::uint8_t*>(text.data()));
 }
 
-// The digest alone, in hexadecimal; what is joined need not be joined in memory.
 std::string DigestByNettle(const char* first, const char* second) {
   sha1_ctx context;
   sha1_init(&context);
@@ -36,28 +38,39 @@ std::string DigestByNettle(const char* first, const char* second) {
   return id;
 }
 
-void CompareFileId(const std::string& data, const std::string& path) {
-  static constexpr char kDomain[] = "AppDomain-com.example.reader";
-  Compare("CalcFileID", data, {1.10, 0})
-      .Ours([&path] { return Utils::CalcFileID(kDomain, path.c_str()); })
-      .Peer("floor: nettle", [&path] { return DigestByNettle(kDomain, path.c_str()); })
-      .Remark(
-          "the service hands the digest over in a block of its own, which is copied and given back: two "
-          "allocations that a short text's digest, a fraction of a microsecond, does not hide");
+void BenchFileId(const std::string& data, const std::string& path) {
+  const std::string domain = "AppDomain-com.example.reader";
+  Compare(
+      "CalcFileID/" + data, "1.1", [=] { return Utils::CalcFileID(domain.c_str(), path.c_str()); },
+      Peer{"nettle", [=] { return DigestByNettle(domain.c_str(), path.c_str()); }});
 }
 
-void CompareFilePath(const std::string& data, const std::string& root, bool two_level) {
-  const std::string& id = Kept(Repeated("9f3ac0d1", 40));
-  Comparison& comparison = Compare("ConcatBackupFilePath", data, kLevel);
-  comparison.Ours(
-      [=, &root, &id] { return Utils::ConcatBackupFilePath(root.c_str(), id.c_str(), two_level, false); });
-  if (two_level) {
-    comparison.Peer("absl::StrCat", [&root, &id] {
-      return absl::StrCat(root.c_str(), absl::string_view(id.c_str()).substr(0, 2), "/", id.c_str());
-    });
-  } else {
-    comparison.Peer("absl::StrCat", [&root, &id] { return absl::StrCat(root.c_str(), id.c_str()); });
-  }
+void BenchFilePath() {
+  const std::string id = Repeated("9f3ac0d1", 40);
+  const std::string root = TemporaryFolder() + '/';
+  const auto ours = [=](bool two_level, bool create) {
+    return [=] { return Utils::ConcatBackupFilePath(root.c_str(), id.c_str(), two_level, create); };
+  };
+  const Peer flat{"absl::StrCat", [=] { return absl::StrCat(root, id); }};
+  const Peer two_level{"absl::StrCat",
+                       [=] { return absl::StrCat(root, absl::string_view(id).substr(0, 2), "/", id); }};
+  const auto with_folder = [=](auto create) {
+    return [=] {
+      const std::string folder = root + id.substr(0, 2);
+      create(folder);
+      return absl::StrCat(folder, "/", id);
+    };
+  };
+  const auto create_directory = [](const std::string& path) {
+    std::error_code ignored;
+    std::filesystem::create_directory(path, ignored);
+  };
+  const auto mkdir = [](const std::string& path) { static_cast<void>(::mkdir(path.c_str(), 0777)); };
+  Compare("ConcatBackupFilePath/flat", kCallGoal, ours(false, false), flat);
+  Compare("ConcatBackupFilePath/two levels", kCallGoal, ours(true, false), two_level);
+  Compare("ConcatBackupFilePath/two levels, folder there", kEqualGoal, ours(true, true),
+          Peer{"std::filesystem::create_directory and a string", with_folder(create_directory)},
+          Peer{"mkdir and a string", with_folder(mkdir)});
 }
 
 sqlite3* Database() {
@@ -86,26 +99,15 @@ TableCheckResult CheckByHand(sqlite3* db, const std::string& table, const std::s
   return {found, Step(db, "select count(" + column + ") from " + table)};
 }
 
-void CompareTableCheck() {
-  static sqlite3* const db = Database();
-  const auto describe = [](const auto& job) {
-    const TableCheckResult result = job();
-    return std::to_string(static_cast<int>(result.table)) + ' ' +
-           std::to_string(static_cast<int>(result.column));
-  };
-  Compare("TableCheck", "a table and its column", kLevel)
-      .Ours([] { return Utils::TableCheck(db, "Files", "domain"); }, describe)
-      .Peer(
-          "the two statements by hand", [] { return CheckByHand(db, "Files", "domain"); }, describe);
-}
-
 }  // namespace
 
-void CompareBackupLayout() {
-  CompareFileId("a path of 62 bytes",
-                Kept("Library/Application Support/com.example.reader/Documents/notes.db"));
-  CompareFileId("a path of 1 KiB", Kept(Repeated("folder/", kKiB)));
-  CompareFilePath("flat", Kept("/backups/1/"), false);
-  CompareFilePath("two levels", Kept("/backups/1/"), true);
-  CompareTableCheck();
+void RegisterBackupLayout() {
+  BenchFileId("a path of 65 bytes", "Library/Application Support/com.example.reader/Documents/notes.db");
+  BenchFileId("a path of 1 KiB", Repeated("folder/", kKiB));
+  BenchFilePath();
+  static sqlite3* const db = Database();
+  Compare(
+      "TableCheck/a table and its column", kEqualGoal,
+      [] { return Utils::TableCheck(db, "Files", "domain"); },
+      Peer{"the two statements", [] { return CheckByHand(db, "Files", "domain"); }});
 }

@@ -1,97 +1,80 @@
-// hostutil_bench FOLDER [--benchmark_...]: runs the comparisons and writes benchmarks.md and benchmarks.dat
-// there.
+// Registers every comparison, and generates the data that they share.
 
-#include <benchmark/benchmark.h>
-#ifdef __GLIBC__
-#include <malloc.h>
-#endif
+#include <unistd.h>
 
-#include <cstdio>
-#include <fstream>
-#include <iostream>
-#include <limits>
-#include <regex>
-#include <string>
-#include <vector>
+#include <filesystem>
+#include <iterator>
+#include <random>
+#include <stdexcept>
+#include <system_error>
 
-#include "comparison.h"
-#include "report.h"
+#include "bench.h"
 
-namespace {
-
-// Lets the allocator keep what it has, for the series whose data grows: fresh pages for a large block can
-// cost more than the work done in them, and whether a block needs them hangs on its size.
-void KeepPages() {
-#ifdef __GLIBC__
-  ::mallopt(M_MMAP_MAX, 0);
-  ::mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
-#endif
+std::string RandomBytes(std::size_t size, unsigned seed) {
+  std::mt19937 random(seed);
+  std::string bytes(size, '\0');
+  for (char& byte : bytes) byte = static_cast<char>(1 + random() % 255);
+  return bytes;
 }
 
-// The contenders of one comparison run close together and in random order. A goal that is missed is tried
-// again, by all of them, since a busy machine may disturb even the shortest time.
-Result Run(Comparison& comparison, ShortestTimes& times) {
-  constexpr int kTrials = 5;
-  comparison.Register();
-  for (int trial = 1;; ++trial) {
-    benchmark::RunSpecifiedBenchmarks(&times, "all");
-    const Result result = ResultOf(comparison, times);
-    if (trial < kTrials && !times.Failed() && result.HasPeers() && !result.GoalMet()) continue;
-    benchmark::ClearRegisteredBenchmarks();
-    return result;
-  }
+// Sentences of one paragraph, in random order.
+std::string EnglishText(std::size_t size) {
+  static constexpr std::string_view kSentences[] = {
+      "The house at the end of the lane had been empty for longer than anyone could remember. ",
+      "Every spring the garden grew wild, and the children of the village told stories about it. ",
+      "One of them said that a clockmaker had lived there, who never finished his last device. ",
+      "He worked at night, by the light of a single lamp, and spoke to nobody for weeks. ",
+      "When the winter came he locked the door, put the key under a stone and walked away. ",
+      "Nobody saw which way he went, for the snow had covered the road before morning. ",
+      "Some people believe that the clock is still running, deep below the kitchen floor. ",
+      "Others say they have heard it strike thirteen, but only when the wind is in the east. ",
+      "My brother and I went to look for the key, and we found a great many stones. ",
+      "Under the largest was a box, and in the box a letter that began with my own name. "};
+  std::mt19937 random(2);
+  std::string text;
+  while (text.size() < size) text += kSentences[random() % std::size(kSentences)];
+  text.resize(size);
+  return text;
 }
 
-std::vector<Result> RunAll(ShortestTimes& times) {
-  const std::regex wanted(benchmark::GetBenchmarkFilter());
-  std::vector<Result> results;
-  for (const bool steps : {false, true}) {
-    if (steps) KeepPages();
-    for (Comparison& comparison : AllComparisons()) {
-      const std::string name = comparison.Function() + "/" + comparison.Data();
-      if (comparison.Series().empty() == steps || !std::regex_search(name, wanted)) continue;
-      std::cerr << name << '\n';
-      results.push_back(Run(comparison, times));
+std::string Repeated(std::string_view piece, std::size_t size) {
+  std::string text;
+  while (text.size() < size) text += piece;
+  text.resize(size);
+  return text;
+}
+
+std::string SizeName(std::size_t size) {
+  if (size % kMiB == 0) return std::to_string(size / kMiB) + " MiB";
+  if (size % kKiB == 0) return std::to_string(size / kKiB) + " KiB";
+  return std::to_string(size) + " bytes";
+}
+
+const std::string& TemporaryFolder() {
+  static const struct Folder {
+    Folder() : path((std::filesystem::temp_directory_path() / "hostutil-bench-XXXXXX").string()) {
+      if (::mkdtemp(path.data()) == nullptr) throw std::runtime_error("no temporary folder");
     }
-  }
-  return results;
+    ~Folder() {
+      std::error_code ignored;
+      std::filesystem::remove_all(path, ignored);
+    }
+    std::string path;
+  } folder;
+  return folder.path;
 }
-
-}  // namespace
 
 int main(int argc, char** argv) {
-  // What was given on the command line comes later and wins.
-  std::vector<std::string> arguments = {argv[0], "--benchmark_enable_random_interleaving=true",
-                                        "--benchmark_repetitions=9", "--benchmark_min_time=0.01"};
-  arguments.insert(arguments.end(), argv + 1, argv + argc);
-  std::vector<char*> pointers;
-  for (std::string& argument : arguments) pointers.push_back(argument.data());
-  int count = static_cast<int>(pointers.size());
-  benchmark::Initialize(&count, pointers.data());
-  if (count != 2) {
-    std::cerr << "usage: hostutil_bench FOLDER [--benchmark_...]\n";
-    return 2;
-  }
-  const std::string folder = pointers[1];
-
-  // PrintPlist prints here.
-  if (std::freopen("/dev/null", "w", stdout) == nullptr) return 2;
-
-  CompareBackupLayout();
-  ComparePlists();
-  CompareTexts();
-  CompareMatching();
-  ComparePaths();
-  CompareFields();
-  CompareDates();
-  CompareDecoders();
-
-  ShortestTimes times;
-  const std::vector<Result> results = RunAll(times);
-  if (times.Failed()) return 1;
-  std::ofstream page(folder + "/benchmarks.md");
-  WritePage(page, results);
-  std::ofstream data(folder + "/benchmarks.dat");
-  WritePictureData(data, results);
-  return page.flush() && data.flush() ? 0 : 1;
+  RegisterBackupLayout();
+  RegisterDecoders();
+  RegisterFields();
+  RegisterMatching();
+  RegisterPaths();
+  RegisterPlists();
+  RegisterTexts();
+  benchmark::AddCustomContext("compiler", __VERSION__);
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  benchmark::RunSpecifiedBenchmarks();
+  return 0;
 }

@@ -1,16 +1,14 @@
 // Comparing, beginnings and ends, regular expressions.
 
+#include "common/utils/matching.h"
+
 #include <absl/strings/match.h>
 #include <strings.h>
 
 #include <algorithm>
-#include <boost/algorithm/string/predicate.hpp>
 #include <regex>
-#include <string_view>
 
-#include "common/utils/matching.h"
-#include "comparison.h"
-#include "sample_data.h"
+#include "bench.h"
 
 namespace {
 
@@ -18,93 +16,85 @@ int Sign(int value) {
   return (value > 0) - (value < 0);
 }
 
-int CompareByBoost(std::string_view first, std::string_view second) {
-  if (boost::ilexicographical_compare(first, second)) return -1;
-  return boost::ilexicographical_compare(second, first) ? 1 : 0;
-}
-
-void CompareCompareI(const std::string& data, const std::string& first, const std::string& second) {
-  Compare("CompareI", data, kLevel)
-      .Ours([&] { return Sign(Utils::CompareI(first.c_str(), second.c_str())); })
-      .Peer("strcasecmp", [&] { return Sign(::strcasecmp(first.c_str(), second.c_str())); })
-      .Peer("boost::ilexicographical_compare", [&] { return CompareByBoost(first, second); })
-      .Remark(
-          "the folding is the locale's, asked byte by byte; strcasecmp has a vector form of its own for "
-          "the plain locale");
+void BenchCompareI(const std::string& data, const char* goal, const std::string& first,
+                   const std::string& second) {
+  for (const char* const locale : {"C", "C.UTF-8"}) {
+    if (std::setlocale(LC_ALL, locale) == nullptr) continue;  // macOS has no C.UTF-8 before release 15
+    Compare(
+        "CompareI/" + data + ", " + locale, goal,
+        [=] { return Sign(Utils::CompareI(first.c_str(), second.c_str())); },
+        Peer{"strcasecmp", [=] { return Sign(::strcasecmp(first.c_str(), second.c_str())); }});
+  }
+  std::setlocale(LC_ALL, "C");
 }
 
 std::string Upper(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char byte) {
+  std::transform(text.begin(), text.end(), text.begin(), [](char byte) {
     return static_cast<char>(byte >= 'a' && byte <= 'z' ? byte - 'a' + 'A' : byte);
   });
   return text;
 }
 
-void CompareBeginning(const std::string& data, const std::string& text, const std::string& prefix) {
-  Compare("StartWith", data, kLevel)
-      .Ours([&] { return Utils::StartWith(text, prefix.c_str()); })
-      .Peer("absl::StartsWith", [&] { return absl::StartsWith(text, prefix.c_str()); });
+void BenchCompareIs() {
+  static constexpr char kLongGoal[] = "1.3";
+  const std::string name = "Library/Preferences/com.example.reader.v2.plist";
+  const std::string text = EnglishText(64 * kKiB);
+  BenchCompareI("11 bytes, other case", kCallGoal, "Preferences", "PREFERENCES");
+  BenchCompareI("46 bytes, other case", kCallGoal, name.substr(1), Upper(name.substr(1)));
+  BenchCompareI("46 bytes, equal", kCallGoal, name.substr(1), name.substr(1));
+  BenchCompareI("a prefix of 11 bytes", kCallGoal, "Preferences", "PREFERENCES/com.example");
+  BenchCompareI("different first bytes", kCallGoal, name, "Media/Recordings/0001.m4a");
+  BenchCompareI("64 KiB, other case", kLongGoal, text, Upper(text));
+  BenchCompareI("64 KiB, different last bytes", kLongGoal, text + "x", text + "y");
 }
 
-void CompareEnd(const std::string& data, const std::string& text, const std::string& suffix) {
-  Compare("EndWith", data, kLevel)
-      .Ours([&] { return Utils::EndWith(text, suffix.c_str()); })
-      .Peer("absl::EndsWith", [&] { return absl::EndsWith(text, suffix.c_str()); });
+void BenchBeginning(const std::string& data, const std::string& text, const std::string& prefix) {
+  Compare(
+      "StartWith/" + data, kCallGoal, [=] { return Utils::StartWith(text, prefix.c_str()); },
+      Peer{"absl::StartsWith", [=] { return absl::StartsWith(text, prefix.c_str()); }});
 }
 
-constexpr double kShortTexts = 1.05;
-constexpr double kLongTexts = 3;
-
-Comparison& CompareMatch(const std::string& data, const std::string& text, const std::string& pattern,
-                         double ratio) {
-  return Compare("MatchString", data, {ratio, kCallAllowance})
-      .Ours([&] { return Utils::MatchString(text, pattern, nullptr); })
-      .Peer("std::regex_match", [&] { return std::regex_match(text, std::regex(pattern)); })
-      .Remark(
-          ratio == kShortTexts
-              ? "the same executor runs on both sides, with one or two hundredths more instructions on "
-                "ours; what is beyond that differs from build to build, with the place its code gets"
-              : "the quick executor takes stack for every byte, more than a small thread has for so many; "
-                "the other one copies its results for every state it is in at every byte");
+void BenchEnd(const std::string& data, const std::string& text, const std::string& suffix) {
+  Compare(
+      "EndWith/" + data, kCallGoal, [=] { return Utils::EndWith(text, suffix.c_str()); },
+      Peer{"absl::EndsWith", [=] { return absl::EndsWith(text, suffix.c_str()); }});
 }
 
-void CompareMatches() {
-  const std::string& path = Kept("Library/Application Support/com.example.reader/pages.db");
-  CompareMatch("a path of 55 bytes, .*\\.db", path, Kept(".*\\.db"), kShortTexts);
-  CompareMatch("a path of 55 bytes, no match", path, Kept("Media/.*\\.jpe?g"), kShortTexts);
-  CompareMatch("a date, digit classes", Kept("2023-11-14"), Kept("\\d{4}-\\d{2}-\\d{2}"), kShortTexts);
-  CompareMatch("200 bytes of English, [a-z .]*", Kept(EnglishText(200)), Kept("[a-z .]*"), kShortTexts);
-  // The default executor takes a stack frame for each byte, so the texts stay short of what its stack bears.
-  for (std::size_t size = 4 * kKiB; size <= 16 * kKiB; size *= 2) {
-    CompareMatch(SizeName(size) + " of English, [a-z .]*", Kept(EnglishText(size)), Kept("[a-z .]*"),
-                 kLongTexts)
-        .StepOf("one class");
-  }
-  for (std::size_t size = 4 * kKiB; size <= 16 * kKiB; size *= 2) {
-    CompareMatch(SizeName(size) + " of English, .*device.*house.*", Kept(EnglishText(size)),
-                 Kept(".*device.*house.*"), kLongTexts)
-        .StepOf("three stars");
+// The whole call: the pattern is compiled every time.
+void BenchMatch(const std::string& data, const char* goal, const std::string& text,
+                const std::string& pattern) {
+  Compare(
+      "MatchString/" + data, goal, [=] { return Utils::MatchString(text, pattern, nullptr); },
+      Peer{"std::regex_match", [=] { return std::regex_match(text, std::regex(pattern)); }});
+}
+
+void BenchMatches() {
+  // A text of many kilobytes is given to an executor with a bounded stack, which costs more for each byte.
+  static constexpr char kLongGoal[] = "3";
+  const std::string path = "Library/Application Support/com.example.reader/pages.db";
+  BenchMatch("20 bytes, digit classes", kEqualGoal, "2023-11-14 at 07:30h", "\\d{4}-\\d{2}-\\d{2} at .*");
+  BenchMatch("55 bytes, .*\\.db", kEqualGoal, path, ".*\\.db");
+  BenchMatch("55 bytes, no match", kEqualGoal, path, "Media.*\\.jpe?g");
+  BenchMatch("200 bytes, one class", kEqualGoal, EnglishText(200), "[A-Za-z ,.]*");
+  BenchMatch("200 bytes, three stars", kEqualGoal, EnglishText(200), ".*the.*he.*");
+  for (const std::size_t size : {2 * kKiB, 10 * kKiB}) {
+    BenchMatch(SizeName(size) + ", one class", kLongGoal, EnglishText(size), "[A-Za-z ,.]*");
+    BenchMatch(SizeName(size) + ", three stars", kLongGoal, EnglishText(size), ".*device.*house.*");
   }
 }
 
 }  // namespace
 
-void CompareMatching() {
-  const std::string& english = Kept(EnglishText(4 * kKiB));
-  const std::string& name = Kept("Library/Preferences/com.example.reader.plist");
-  CompareCompareI("two names, equal", name, Kept(std::string(name)));
-  CompareCompareI("two names, equal but for case", name, Kept(Upper(name)));
-  CompareCompareI("two names, different at once", name, Kept("Media/Recordings/0001.m4a"));
-  CompareCompareI("4 KiB, equal", english, Kept(std::string(english)));
-  CompareCompareI("4 KiB, equal but for case", english, Kept(Upper(english)));
-  CompareCompareI("4 KiB, different at once", english, Kept("x" + english));
-
-  const std::string& late = Kept(std::string(kMiB, 'a') + name + std::string(kMiB, 'a'));
-  CompareBeginning("a path", name, Kept("Library/"));
-  CompareBeginning("a path, other beginning", name, Kept("Media/"));
-  CompareBeginning("2 MiB that hold the prefix in the middle", late, Kept("Library/"));
-  CompareEnd("a path", name, Kept(".plist"));
-  CompareEnd("a path, other end", name, Kept(".db"));
-  CompareEnd("2 MiB that hold the suffix in the middle", late, Kept(".plist"));
-  CompareMatches();
+void RegisterMatching() {
+  BenchCompareIs();
+  const std::string name = "Library/Preferences/com.example.reader.plist";
+  BenchBeginning("a path", name, "Library/");
+  BenchBeginning("a path, another prefix", name, "Media/");
+  BenchBeginning("a prefix longer than the text", "Library/", name);
+  BenchBeginning("1 MiB", EnglishText(kMiB), "Library/");
+  BenchEnd("a path", name, ".plist");
+  BenchEnd("a path, another suffix", name, ".db");
+  BenchEnd("a suffix longer than the text", ".plist", name);
+  BenchEnd("1 MiB", EnglishText(kMiB), ".plist");
+  BenchMatches();
 }

@@ -1,60 +1,46 @@
-// Paths beside std::filesystem::path.
+// Paths.
 
 #include "common/utils/paths.h"
 
 #include <filesystem>
 
-#include "comparison.h"
+#include "bench.h"
 #include "platform/autorelease_pool.h"
-#include "sample_data.h"
 
 namespace {
 
-std::string ParentByFilesystem(const std::string& path) {
-  return std::filesystem::path(path).parent_path().string() + '/';
-}
+namespace fs = std::filesystem;
 
-std::string NameByFilesystem(const std::string& path) {
-  return std::filesystem::path(path).filename().string();
-}
-
-std::string StemByFilesystem(const std::string& path) {
-  return std::filesystem::path(path).replace_extension().string();
-}
-
-std::string ExtensionByFilesystem(const std::string& path) {
-  return std::filesystem::path(path).extension().string().substr(1);
-}
-
-void ComparePath(const std::string& data, const std::string& path) {
+void BenchPath(const std::string& data, const std::string& path) {
   static constexpr char kPeer[] = "std::filesystem::path";
-  Compare("GetParentDir", data, kWellAhead)
-      .Ours([&path] {
+  Compare(
+      "GetParentDir/" + data, kAheadGoal,
+      [=] {
         const AutoreleasePool pool;
         return Utils::GetParentDir(path.c_str());
-      })
-      .Peer(kPeer, [&path] { return ParentByFilesystem(path); })
-      .Remark("three text objects in the thread's pool are made on the way, and drained with it");
-  Compare("GetFileName", data, kWellAhead)
-      .Ours([&path] { return Utils::GetFileName(path.c_str()); })
-      .Peer(kPeer, [&path] { return NameByFilesystem(path); });
-  Compare("GetFileNameWithoutExt", data, kWellAhead)
-      .Ours([&path] { return Utils::GetFileNameWithoutExt(path.c_str()); })
-      .Peer(kPeer, [&path] { return StemByFilesystem(path); });
-  Compare("GetFilePostfix", data, kWellAhead)
-      .Ours([&path] { return Utils::GetFilePostfix(path.c_str()); })
-      .Peer(kPeer, [&path] { return ExtensionByFilesystem(path); });
-  Compare("ConcatFilePath", data, kWellAhead)
-      .Ours([&path] { return Text(Utils::ConcatFilePath(path.c_str(), "notes.db")); })
-      .Peer(kPeer, [&path] { return (std::filesystem::path(path) / "notes.db").string(); });
+      },
+      Peer{kPeer, [=] { return fs::path(path).parent_path().string() + '/'; }});
+  Compare(
+      "GetFileName/" + data, kAheadGoal, [=] { return Utils::GetFileName(path.c_str()); },
+      Peer{kPeer, [=] { return fs::path(path).filename().string(); }});
+  Compare(
+      "GetFileNameWithoutExt/" + data, kAheadGoal, [=] { return Utils::GetFileNameWithoutExt(path.c_str()); },
+      Peer{kPeer, [=] { return fs::path(path).replace_extension().string(); }});
+  Compare(
+      "GetFilePostfix/" + data, kAheadGoal, [=] { return Utils::GetFilePostfix(path.c_str()); },
+      Peer{kPeer, [=] { return fs::path(path).extension().string().substr(1); }});
+  Compare(
+      "ConcatFilePath/" + data, kAheadGoal,
+      [=] { return Own(Utils::ConcatFilePath(path.c_str(), "notes.db")); },
+      Peer{kPeer, [=] { return Own(::strdup((fs::path(path) / "notes.db").c_str())); }});
 }
 
 }  // namespace
 
-void ComparePaths() {
-  ComparePath("4 folders", Kept("/Volumes/reader/Library/Backup/Manifest.db"));
-  ComparePath("100 folders", Kept(Repeated("/folder name", 1200) + "/Manifest.db"));
-  Compare("GetFileCreateTime", "nothing", kLevel)
-      .Ours([] { return Utils::GetFileCreateTime("", ""); })
-      .Remark("gives the empty text and does nothing to compare");
+void RegisterPaths() {
+  BenchPath("4 folders", "/Volumes/reader/Library/Backup/Manifest.db");
+  BenchPath("100 folders", Repeated("/folder name", 1200) + "/Manifest.db");
+  Compare(
+      "GetFileCreateTime/always empty", kCallGoal, [] { return Utils::GetFileCreateTime("", ""); },
+      Peer{"std::string()", [] { return std::string(); }});
 }

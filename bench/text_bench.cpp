@@ -6,220 +6,208 @@
 #include <string.h>
 
 #include <algorithm>
-#include <boost/algorithm/string/classification.hpp>
-#include <boost/algorithm/string/replace.hpp>
-#include <boost/algorithm/string/split.hpp>
-#include <functional>
-#include <sstream>
-#include <string_view>
+#include <deque>
+#include <utility>
+#include <vector>
 
+#include "bench.h"
 #include "common/utils/text.h"
-#include "comparison.h"
-#include "sample_data.h"
 
 namespace {
 
-const void* FoundAt(std::string_view range, std::size_t place) {
-  return place != std::string_view::npos ? range.data() + place : nullptr;
-}
-
-void CompareMemMem(const std::string& data, const std::string& range, const std::string& pattern,
-                   const std::string& remark = {}) {
-  const auto horspool = [&range, &pattern]() -> const void* {
-    const auto place = std::search(range.begin(), range.end(),
-                                   std::boyer_moore_horspool_searcher(pattern.begin(), pattern.end()));
-    return place != range.end() ? &*place : nullptr;
+void BenchMemMem(const std::string& data, std::string in, std::string searched) {
+  static std::deque<std::string> kept;  // shared by the jobs, so that they return equal pointers
+  const std::string& range = kept.emplace_back(std::move(in));
+  const std::string& pattern = kept.emplace_back(std::move(searched));
+  using Place = const void*;
+  const auto ours = [&]() -> Place {
+    return Utils::MemMem(range.data(), range.size(), pattern.data(), pattern.size());
   };
-  Compare("MemMem", data, kLevel)
-      .Ours([&] { return Utils::MemMem(range.data(), range.size(), pattern.data(), pattern.size()); })
-      .Peer("memmem",
-            [&]() -> const void* {
-              return ::memmem(range.data(), range.size(), pattern.data(), pattern.size());
-            })
-      .Peer("string_view::find", [&] { return FoundAt(range, std::string_view(range).find(pattern)); })
-      .Peer("Boyer-Moore-Horspool", horspool)
-      .Remark(remark);
+  const auto find = [&]() -> Place {
+    const std::size_t at = std::string_view(range).find(pattern);
+    return at != std::string_view::npos ? range.data() + at : nullptr;
+  };
+  const auto memmem = [&]() -> Place {
+    return ::memmem(range.data(), range.size(), pattern.data(), pattern.size());
+  };
+  const std::string sizes = std::to_string(pattern.size()) + " in " + SizeName(range.size());
+  Compare("MemMem/" + sizes + ", " + data + (find() != nullptr ? ", found" : ", absent"),
+          range.size() < kKiB ? kCallGoal : kEqualGoal, ours, Peer{"string_view::find", find},
+          Peer{"memmem", memmem});
 }
 
-void CompareMemMems() {
-  const std::string& random = Kept(RandomBytes(kMiB));
-  const std::string& english = Kept(EnglishText(kMiB));
-  const std::string& short_text = Kept(EnglishText(100));
-  // Its letters are common, yet none of its beginnings stands in the text.
-  const std::string sentence = "she stood there in the rain and asked him whether he had seen the ship";
-  CompareMemMem("1 byte in 1 MiB of English", english, Kept("Q"));
-  for (const std::size_t length : {2U, 4U, 8U, 16U, 64U}) {
-    const std::string size = std::to_string(length) + " bytes in 1 MiB of ";
-    const std::string why =
-        length < 16
-            ? ""
-            : "a pattern of this length lets a searcher with a table of its bytes skip nearly all of the "
-              "text; this is a plain scan without tables";
-    // Not a part of the random bytes but by a chance that only short ones have.
-    CompareMemMem(size + "random bytes", random, Kept(RandomBytes(length + 3).substr(3) + 'Q'), why);
-    CompareMemMem(size + "English", english, Kept(sentence.substr(0, length)), why);
+// `aaab` data: the range and the pattern are letters a with a b at the end.
+void BenchMemMems() {
+  const auto aaab = [](std::size_t size) { return std::string(size - 1, 'a') + 'b'; };
+  const std::string phrase = "then a house by the river, and it seemed to him that the winter would";
+  const std::string line = EnglishText(64);
+  for (const std::size_t length : {2U, 4U, 16U}) {
+    BenchMemMem("random", RandomBytes(64), RandomBytes(length, 3));
+    BenchMemMem("English", line, line.substr(64 - length));
+    BenchMemMem("English", line, phrase.substr(0, length - 1) + 'Q');
+    BenchMemMem("aaab", aaab(64), aaab(length));
   }
-  CompareMemMem("6 bytes in 100 bytes of English", short_text, Kept("thousan"));
-  const std::string& pattern = Kept(std::string(15, 'a') + 'b');
-  CompareMemMem("16 bytes in 64 KiB that nearly match everywhere, at the end",
-                Kept(std::string(64 * kKiB, 'a') + 'b'), pattern);
-  CompareMemMem("16 bytes in 64 KiB that nearly match everywhere, in the middle",
-                Kept(Repeated("aaaaaaaacaaaaaaab", 64 * kKiB)), Kept("aaaaaaaabaaaaaaa"),
-                "a plain scan compares the pattern at every position");
+  for (const std::size_t length : {2U, 4U, 8U, 16U, 32U, 64U}) {
+    BenchMemMem("random", RandomBytes(4 * kKiB), RandomBytes(length, 4));
+  }
+  for (const std::size_t length : {4U, 16U}) {
+    BenchMemMem("English", EnglishText(4 * kKiB), phrase.substr(0, length));
+    BenchMemMem("aaab", aaab(4 * kKiB), aaab(length));
+  }
+  for (const std::size_t length : {4U, 16U, 64U}) {
+    BenchMemMem("random", RandomBytes(kMiB), RandomBytes(length, 5));
+    BenchMemMem("English", EnglishText(kMiB), phrase.substr(0, length));
+  }
+  BenchMemMem("aaab", aaab(kMiB), aaab(16));
+  // Patterns that nearly match everywhere, the difference at an end or in the middle.
+  BenchMemMem("b in the middle", Repeated("aaaaaaaacaaaaaaab", kMiB), "aaaaaaaabaaaaaaa");
+  BenchMemMem("b in front", std::string(kMiB, 'a'), 'b' + std::string(63, 'a'));
+  BenchMemMem("period of 2", Repeated("ab", kMiB), Repeated("ab", 62) + "bb");
 }
 
-// Edits a copy of the text, which costs everybody the same.
+// Edits a copy of the text: copying costs every contender the same.
 template <typename Edit>
 auto Edited(const std::string& text, Edit edit) {
-  return [&text, edit] {
+  return [text, edit] {
     std::string copy = text;
     edit(copy);
     return copy;
   };
 }
 
-void ReplaceOneByOne(std::string& text, std::string_view search, std::string_view replacement) {
+void FindAndReplace(std::string& text, std::string_view search, std::string_view replacement) {
   for (std::size_t at = text.find(search); at != std::string::npos;
        at = text.find(search, at + replacement.size())) {
     text.replace(at, search.size(), replacement);
   }
 }
 
-Comparison& CompareReplaceStr(const std::string& data, const std::string& text, const char* search,
-                              const char* replacement, bool quadratic_too) {
-  Comparison& comparison = Compare("ReplaceStr", data, kLevel);
-  comparison.Ours(Edited(text, [=](std::string& copy) { Utils::ReplaceStr(copy, search, replacement); }))
-      .Peer("absl::StrReplaceAll", Edited(text,
-                                          [=](std::string& copy) {
-                                            absl::StrReplaceAll({{search, replacement}}, &copy);
-                                          }))
-      .Peer("boost::replace_all",
-            Edited(text, [=](std::string& copy) { boost::replace_all(copy, search, replacement); }));
-  if (quadratic_too) {
-    comparison.Peer("find and replace",
-                    Edited(text, [=](std::string& copy) { ReplaceOneByOne(copy, search, replacement); }));
+void FindAndAppend(std::string& text, std::string_view search, std::string_view replacement) {
+  std::string result;
+  std::size_t done = 0;
+  for (std::size_t at; (at = text.find(search, done)) != std::string::npos; done = at + search.size()) {
+    result.append(text, done, at - done).append(replacement);
   }
-  return comparison;
+  if (done == 0) return;
+  text = std::move(result.append(text, done));
 }
 
-void CompareReplacements() {
-  const std::string& english = Kept(EnglishText(64 * kKiB));
-  const std::string& path = Kept("Library/Caches/com.example.reader/pages.db");
-  CompareReplaceStr("a path of 42 bytes, 2 matches", path, ".", "_", true);
-  CompareReplaceStr("64 KiB, no match", english, "she saw", "they saw", true);
-  CompareReplaceStr("64 KiB, no match, nor its first byte", english, "zebra", "horse", true)
-      .Remark(
-          "where the first byte stands nowhere, the platform's search for one byte does it all, in wider "
-          "instructions than a program for every processor may use");
-  CompareReplaceStr("64 KiB, few matches, shorter", english, "thousand", "many", true);
-  CompareReplaceStr("64 KiB, few matches, equal", english, "thousand", "hundreds", true);
-  CompareReplaceStr("64 KiB, few matches, longer", english, "thousand", "a thousand", true);
-  CompareReplaceStr("64 KiB, many matches, shorter", english, "the", "a", true);
-  CompareReplaceStr("64 KiB, many matches, equal", english, "e", "E", true);
-  CompareReplaceStr("64 KiB, many matches, longer", english, "e", "ee", true);
-  for (std::size_t size = kMiB; size <= 8 * kMiB; size *= 2) {
-    const std::string& dense = Kept(Repeated("abcd, ", size));
-    CompareReplaceStr(SizeName(size) + ", a match every 6 bytes, longer", dense, ", ", " and ", false)
-        .StepOf("longer");
-  }
-  for (std::size_t size = kMiB; size <= 8 * kMiB; size *= 2) {
-    const std::string& dense = Kept(Repeated("abcd, ", size));
-    CompareReplaceStr(SizeName(size) + ", a match every 6 bytes, shorter", dense, ", ", "", false)
-        .StepOf("shorter");
-  }
+void BenchReplaceStr(const std::string& data, const std::string& text, const std::string& search,
+                     const std::string& replacement) {
+  const bool longer = replacement.size() > search.size();
+  const char* const change = replacement.size() == search.size() ? ", equal"
+                             : longer                            ? ", longer"
+                                                                 : ", shorter";
+  const auto job = [&](auto edit) {
+    return Edited(text, [=](std::string& copy) { edit(copy, search.c_str(), replacement.c_str()); });
+  };
+  const auto absl = [](std::string& copy, const char* from, const char* to) {
+    absl::StrReplaceAll({{from, to}}, &copy);
+  };
+  Compare("ReplaceStr/" + data + change, kEqualGoal, job(Utils::ReplaceStr),
+          Peer{"find and replace", job(FindAndReplace)}, Peer{"find and append", job(FindAndAppend)},
+          Peer{"absl::StrReplaceAll", job(absl)});
 }
 
-std::vector<std::string> SplitByGetline(const std::string& text, char separator) {
-  std::vector<std::string> fields;
-  std::stringstream stream(text);
-  for (std::string field; std::getline(stream, field, separator);) fields.push_back(field);
-  return fields;
+// `count` matches at equal distances.
+std::string WithMatches(std::string text, std::size_t count, std::string_view match) {
+  for (std::size_t i = 0; i < count; ++i) {
+    text.replace(i * (text.size() / count) + 9, match.size(), match);
+  }
+  return text;
 }
 
-Comparison& CompareSplit(const std::string& data, const std::string& text, bool with_slow_ones) {
-  Comparison& comparison = Compare("SplitWithFlag", data, kWellAhead);
-  comparison
-      .Ours([&text] {
+void BenchReplaceStrs() {
+  for (const char* const replacement : {"12345678", "1234567890ab", "1234"}) {
+    const auto bench = [=](const std::string& data, std::size_t count, const std::string& text) {
+      const std::string name = SizeName(text.size()) + ' ' + data + ", " + std::to_string(count) + " matches";
+      BenchReplaceStr(name, WithMatches(text, count, "{search}"), "{search}", replacement);
+    };
+    bench("random", 16, RandomBytes(kMiB));
+    bench("random", 40, RandomBytes(4 * kKiB));
+    bench("English", 40, EnglishText(4 * kKiB));
+    bench("English", 3, EnglishText(200));
+  }
+  BenchReplaceStr("64 KiB English, no match", EnglishText(64 * kKiB), "zebra", "horse");
+  BenchReplaceStr("64 KiB English, each e", EnglishText(64 * kKiB), "e", "E");
+  BenchReplaceStr("64 KiB English, each the", EnglishText(64 * kKiB), "the", "a");
+  BenchReplaceStr("64 KiB aaab, one match", std::string(64 * kKiB, 'a') + 'b', std::string(15, 'a') + 'b',
+                  "");
+  BenchReplaceStr("64 KiB, a match in 6 bytes", Repeated("abcd, ", 64 * kKiB), ", ", " and ");
+}
+
+void BenchSplitWithFlag(const std::string& data, const std::string& text) {
+  Compare(
+      "SplitWithFlag/" + data, kAheadGoal,
+      [=] {
         std::vector<std::string> fields;
         Utils::SplitWithFlag(text.c_str(), ',', fields);
         return fields;
-      })
-      .Peer("absl::StrSplit", [&text] { return std::vector<std::string>(absl::StrSplit(text, ',')); });
-  if (with_slow_ones) {
-    comparison.Peer("std::getline", [&text] { return SplitByGetline(text, ','); });
-    comparison.Peer("boost::split", [&text] {
-      std::vector<std::string> fields;
-      boost::split(fields, text, boost::is_any_of(","));
-      return fields;
-    });
-  }
-  return comparison;
-}
-
-void CompareSplits() {
-  CompareSplit("3 fields", Kept("HomeDomain,Library/notes.db,1700000000"), true);
-  CompareSplit("1 KiB, fields of 7 bytes", Kept(Repeated("abcdefg,", kKiB) + "x"), true);
-  CompareSplit("64 KiB, fields of 7 bytes", Kept(Repeated("abcdefg,", 64 * kKiB) + "x"), true);
-  CompareSplit("64 KiB, fields of 40 bytes",
-               Kept(Repeated("0123456789012345678901234567890123456789,", 64 * kKiB) + "x"), true)
-      .Remark("fields too long to lie in the string itself take a block each, and that costs everybody most");
-  for (std::size_t size = kMiB; size <= 8 * kMiB; size *= 2) {
-    CompareSplit(SizeName(size) + ", fields of 3 bytes", Kept(Repeated("abc,", size) + "x"), false)
-        .StepOf("short fields");
-  }
+      },
+      Peer{"absl::StrSplit", [=] { return std::vector<std::string>(absl::StrSplit(text, ',')); }});
 }
 
 Text DeleteByTokens(const char* text, const char* delimiters, const char* joiner) {
-  const Text copy(::strdup(text));
+  const Text copy = Own(::strdup(text));
   std::string result;
   char* position = nullptr;
-  for (const char* piece = ::strtok_r(copy.get(), delimiters, &position); piece != nullptr;
+  for (const char* piece = ::strtok_r(copy.block.get(), delimiters, &position); piece != nullptr;
        piece = ::strtok_r(nullptr, delimiters, &position)) {
     if (!result.empty()) result += joiner;
     result += piece;
   }
-  return Text(result.empty() ? nullptr : ::strdup(result.c_str()));
+  return Own(::strdup(result.c_str()));
 }
 
-void CompareDeleteDelims(const std::string& data, const std::string& text, const char* delimiters) {
-  Compare("DeleteDelims", data, kWellAhead)
-      .Ours([=, &text] { return Text(Utils::DeleteDelims(text.c_str(), delimiters, "-")); })
-      .Peer("strtok_r", [=, &text] { return DeleteByTokens(text.c_str(), delimiters, "-"); });
+void BenchDeleteDelims(const std::string& data, const std::string& text, const char* delimiters) {
+  Compare(
+      "DeleteDelims/" + data, kAheadGoal,
+      [=] { return Own(Utils::DeleteDelims(text.c_str(), delimiters, "-")); },
+      Peer{"strtok_r", [=] { return DeleteByTokens(text.c_str(), delimiters, "-"); }});
 }
 
-Text JoinByPrint(const std::string& first, const std::string& second) {
+Text JoinByPrint(const char* first, const char* second) {
   char* joined = nullptr;
-  return Text(::asprintf(&joined, "%s%s", first.c_str(), second.c_str()) >= 0 ? joined : nullptr);
+  return Own(::asprintf(&joined, "%s%s", first, second) >= 0 ? joined : nullptr);
 }
 
-void CompareConcatStr(const std::string& data, const std::string& first, const std::string& second) {
-  Compare("ConcatStr", data, kLevel)
-      .Ours([&] { return Text(Utils::ConcatStr(first.c_str(), second.c_str())); })
-      .Peer("asprintf", [&] { return JoinByPrint(first, second); });
+void BenchConcatStr(const std::string& data, const std::string& first, const std::string& second) {
+  Compare(
+      "ConcatStr/" + data, kCallGoal, [=] { return Own(Utils::ConcatStr(first.c_str(), second.c_str())); },
+      Peer{"asprintf", [=] { return JoinByPrint(first.c_str(), second.c_str()); }});
 }
 
-void CompareReplaceChar(const std::string& data, const std::string& text) {
-  Compare("ReplaceChar", data, kLevel)
-      .Ours([&] { return Text(Utils::ReplaceChar(text.c_str(), '_', ' ')); })
-      .Peer("strdup and std::replace", [&] {
-        Text copy(::strdup(text.c_str()));
-        std::replace(copy.get(), copy.get() + text.size(), ' ', '_');
-        return copy;
-      });
+void BenchReplaceChar(const std::string& data, const std::string& text) {
+  Compare(
+      "ReplaceChar/" + data, text.size() < kKiB ? kCallGoal : kEqualGoal,
+      [=] { return Own(Utils::ReplaceChar(text.c_str(), '_', ' ')); },
+      Peer{"strdup and strchr",
+           [=] {
+             Text copy = Own(::strdup(text.c_str()));
+             for (char* at = copy.block.get(); (at = ::strchr(at, ' ')) != nullptr;) *at++ = '_';
+             return copy;
+           }},
+      Peer{"strdup and std::replace", [=] {
+             Text copy = Own(::strdup(text.c_str()));
+             std::replace(copy.block.get(), copy.block.get() + text.size(), ' ', '_');
+             return copy;
+           }});
 }
 
 }  // namespace
 
-void CompareTexts() {
-  CompareConcatStr("two short texts", Kept("Library/"), Kept("notes.db"));
-  CompareConcatStr("two texts of 64 KiB", Kept(EnglishText(64 * kKiB)), Kept(RandomBytes(64 * kKiB)));
-  CompareReplaceChar("40 bytes", Kept(EnglishText(40)));
-  CompareReplaceChar("64 KiB", Kept(EnglishText(64 * kKiB)));
-  CompareReplacements();
-  CompareDeleteDelims("a phone number", Kept("(555) 010-0199"), " ()-");
-  CompareDeleteDelims("64 KiB of English", Kept(EnglishText(64 * kKiB)), " .,;");
-  CompareDeleteDelims("64 KiB, fields of 100 bytes", Kept(Repeated(std::string(100, 'a') + ',', 64 * kKiB)),
-                      ",");
-  CompareSplits();
-  CompareMemMems();
+void RegisterTexts() {
+  BenchConcatStr("two short texts", "Library/", "notes.db");
+  BenchConcatStr("two texts of 64 KiB", EnglishText(64 * kKiB), RandomBytes(64 * kKiB));
+  BenchReplaceChar("40 bytes of English", EnglishText(40));
+  BenchReplaceChar("64 KiB of English", EnglishText(64 * kKiB));
+  BenchReplaceChar("64 KiB without the character", Repeated("abcdefghijk", 64 * kKiB));
+  BenchReplaceStrs();
+  BenchDeleteDelims("a phone number", "(555) 010-0199", " ()-");
+  BenchDeleteDelims("64 KiB of English", EnglishText(64 * kKiB), " .,");
+  BenchSplitWithFlag("3 fields", "HomeDomain,Library/notes.db,1700000000");
+  BenchSplitWithFlag("64 KiB, fields of 7 bytes", Repeated("abcdefg,", 64 * kKiB) + "x");
+  BenchSplitWithFlag("64 KiB, fields of 40 bytes",
+                     Repeated("0123456789012345678901234567890123456789,", 64 * kKiB) + "x");
+  BenchMemMems();
 }

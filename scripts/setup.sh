@@ -19,7 +19,7 @@ debian_packages() {
                 nettle-dev uuid-dev libcli11-dev nlohmann-json3-dev libfmt-dev help2man ;;
     test) echo libgtest-dev libgmock-dev ;;
     check) echo git clang-format-14 clang-tidy-14 clang-14 ;;
-    bench) echo libbenchmark-dev libabsl-dev libboost-dev gnuplot-nox ;;
+    bench) echo libbenchmark-dev libabsl-dev gnuplot-nox python3 ;;
     fuzz) echo clang-14 libclang-rt-14-dev ;;
     docs) echo doxygen ;;
     package) echo dpkg-dev file ;;
@@ -36,7 +36,7 @@ brew_packages() {
     build) echo cmake ninja pkg-config libplist glog sqlite nettle cli11 nlohmann-json fmt help2man ;;
     test) echo googletest ;;
     check) echo git llvm ;;
-    bench) echo google-benchmark abseil boost gnuplot ;;
+    bench) echo google-benchmark abseil gnuplot python ;;
     fuzz) echo llvm ;;
     docs) echo doxygen ;;
     *) fail "not available on macOS: $1" ;;
