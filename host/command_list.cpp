@@ -10,6 +10,7 @@
 
 #include "command.h"
 #include "common/utils.h"
+#include "common/utils/pattern.h"
 #include "manifest.h"
 #include "output.h"
 #include "terminal_text.h"
@@ -96,7 +97,7 @@ class Lister {
         folder_(options.root),
         screen_(Screen::OfStandardOutput()),
         table_(output_, screen_) {
-    CheckPattern();
+    CompilePattern();
     manifest_ = OpenManifest(folder_);
   }
 
@@ -119,11 +120,11 @@ class Lister {
   }
 
  private:
-  // A bad pattern is found before anything is printed.
-  void CheckPattern() const {
+  // A bad pattern is reported before anything is printed.
+  void CompilePattern() {
     if (!options_.match) return;
     try {
-      Utils::MatchString("", *options_.match, nullptr);
+      pattern_.emplace(*options_.match);
     } catch (const std::regex_error& error) {
       throw Failure(fmt::format("--match {}: {}", *options_.match, error.what()));
     }
@@ -131,10 +132,10 @@ class Lister {
 
   bool Wanted(const Entry& entry) {
     if (options_.domain && entry.domain != *options_.domain) return false;
-    if (!options_.match) return true;
+    if (!pattern_) return true;
     try {
-      return Utils::MatchString(entry.path, *options_.match, nullptr);
-    } catch (const std::regex_error&) {  // some patterns are refused only with a long text
+      return pattern_->MatchesWhole(entry.path);
+    } catch (const std::regex_error&) {  // the pattern is too costly for this path
       ++unmatched_;
       return false;
     }
@@ -176,6 +177,7 @@ class Lister {
   Screen screen_;
   Table table_;
   std::unique_ptr<Manifest> manifest_;
+  std::optional<Matching::Pattern> pattern_;  // Utils::MatchString would compile it for every path
   std::uint64_t damaged_ = 0;
   std::uint64_t unmatched_ = 0;
   bool truncated_ = false;

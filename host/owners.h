@@ -2,40 +2,19 @@
 
 #pragma once
 
-#include <plist/plist.h>
 #include <sqlite3.h>
 
-#include <cstdio>
-#include <cstdlib>
-#include <memory>
 #include <new>
 #include <string>
 
-struct CloseStream {
-  void operator()(std::FILE* stream) const { std::fclose(stream); }
-};
-using Stream = std::unique_ptr<std::FILE, CloseStream>;
+#include "common/libplist.h"
+#include "common/owners.h"
 
-struct FreeBlock {
-  void operator()(void* block) const { std::free(block); }
-};
-using Block = std::unique_ptr<char, FreeBlock>;
-
-struct FreePlist {
-  using pointer = plist_t;
-  void operator()(plist_t node) const { plist_free(node); }
-};
-using Plist = std::unique_ptr<plist_t, FreePlist>;
-
-struct CloseDatabase {
-  void operator()(sqlite3* database) const { sqlite3_close_v2(database); }
-};
-using Database = std::unique_ptr<sqlite3, CloseDatabase>;
-
-struct FinalizeStatement {
-  void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
-};
-using Statement = std::unique_ptr<sqlite3_stmt, FinalizeStatement>;
+using Owners::Block;
+using Owners::Stream;
+using Plist = Libplist::Node;
+using Database = Owners::Owner<sqlite3, sqlite3_close_v2>;
+using Statement = Owners::Owner<sqlite3_stmt, sqlite3_finalize>;
 
 // A copy of `text`, which is freed. Null, an allocation that failed, throws std::bad_alloc.
 inline std::string AdoptText(char* text) {

@@ -36,7 +36,7 @@ endfunction()
 
 function(check_run_paths)
   if(READELF)
-    run("${CMAKE_COMMAND}" "-DREADELF=${READELF}" "-DFOLDERS=${ARGN}" -P "${SOURCE}/tests/run_paths.cmake")
+    run("${CMAKE_COMMAND}" "-DREADELF=${READELF}" "-DFOLDERS=${ARGN}" -P "${SOURCE}/cmake/CheckRunPaths.cmake")
   endif()
 endfunction()
 

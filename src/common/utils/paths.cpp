@@ -5,15 +5,12 @@
 #include <memory>
 #include <string_view>
 
+#include "common/owners.h"
 #include "common/text_or_empty.h"
 #include "common/utils/text.h"
 #include "platform/foundation.h"
 
 namespace {
-
-struct FreeText {
-  void operator()(char* text) const { std::free(text); }
-};
 
 // The part of `path` after the last of `separators`; all of it when there is none.
 std::string_view AfterLast(std::string_view path, const char* separators) {
@@ -54,7 +51,7 @@ char* Utils::ConcatFilePath(const char* directory, const char* name) {
   directory = TextOrEmpty(directory);
   const char* const slash = std::strrchr(directory, '/');
   if (slash == nullptr || slash[1] == '\0') return ConcatStr(directory, name);
-  const std::unique_ptr<char, FreeText> with_slash(ConcatStr(directory, "/"));
+  const Owners::Block with_slash(ConcatStr(directory, "/"));
   return with_slash != nullptr ? ConcatStr(with_slash.get(), name) : nullptr;
 }
 

@@ -5,9 +5,9 @@
 
 #include <algorithm>
 #include <climits>
-#include <memory>
 #include <string>
 
+#include "common/owners.h"
 #include "common/text_or_empty.h"
 
 namespace {
@@ -17,9 +17,7 @@ constexpr char kLogFile[] = "src/common/utils";
 constexpr int kSchemaQueryLine = 377;
 constexpr int kColumnQueryLine = 402;
 
-struct FinalizeStatement {
-  void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
-};
+using Statement = Owners::Owner<sqlite3_stmt, sqlite3_finalize>;
 
 TableCheckStatus Check(sqlite3* db, const std::string& sql, int log_line) {
   const int length = static_cast<int>(std::min<std::size_t>(sql.size(), INT_MAX));
@@ -31,7 +29,7 @@ TableCheckStatus Check(sqlite3* db, const std::string& sql, int log_line) {
         << "OPEN STMT SQL: " << sql << " RES: " << std::to_string(refused);
     return TableCheckStatus::PrepareFailed;
   }
-  const std::unique_ptr<sqlite3_stmt, FinalizeStatement> statement(prepared);
+  const Statement statement(prepared);
   return sqlite3_step(statement.get()) == SQLITE_ROW ? TableCheckStatus::Found : TableCheckStatus::NotFound;
 }
 

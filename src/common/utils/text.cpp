@@ -13,6 +13,7 @@
 #include <stdexcept>
 #include <string_view>
 
+#include "common/owners.h"
 #include "common/text_or_empty.h"
 
 namespace {
@@ -21,10 +22,6 @@ namespace {
 constexpr std::ptrdiff_t kNear = 16;
 
 constexpr std::size_t kLongestJoin = 2'147'483'646;
-
-struct FreeBlock {
-  void operator()(char* block) const { std::free(block); }
-};
 
 char* NewText(std::size_t length) {
   auto* const text = static_cast<char*>(std::malloc(length + 1));
@@ -301,7 +298,7 @@ char* Utils::DeleteDelims(const char* text, const char* delimiters, const char* 
     if (pieces > (PTRDIFF_MAX - room) / between.size()) return nullptr;
     room += pieces * between.size();
   }
-  std::unique_ptr<char, FreeBlock> result(NewText(room));
+  Owners::Block result(NewText(room));
   if (result == nullptr) return nullptr;
 
   char* write = result.get();

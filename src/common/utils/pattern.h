@@ -1,0 +1,38 @@
+// Internal. A regular expression (ECMAScript, std::regex) that can be used with untrusted patterns and texts:
+// neither overflows the caller's stack or runs without end.
+//
+//   Matching::Pattern pattern(".*\\.pdf");  // compiled once
+//   pattern.MatchesWhole("report.pdf")      // true
+
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <regex>
+#include <string>
+#include <vector>
+
+namespace Matching {
+
+// Each object is for one thread at a time.
+class Pattern {
+ public:
+  // Both throw std::regex_error as Utils::MatchString documents.
+  explicit Pattern(const std::string& pattern);
+  bool MatchesWhole(const std::string& text);
+
+ private:
+  void LookAt();
+  std::size_t RequireStack() const;  // returns what is left
+  std::regex Compile(std::regex::flag_type executor) const;
+
+  std::string pattern_;
+  double stack_ = 0;  // bytes that compiling, or matching between two comparisons, may need
+  double size_ = 0;   // characters, with counted repetitions written out
+  bool has_look_ahead_ = false;
+  std::vector<std::size_t> back_references_;  // their indices
+  std::regex regex_;
+  std::optional<std::regex> linear_;  // compiled when the polynomial executor is needed
+};
+
+}  // namespace Matching

@@ -1,0 +1,34 @@
+#include "platform/stack.h"
+
+#include <pthread.h>
+
+namespace {
+
+struct Stack {
+  const char* lowest = nullptr;
+  std::size_t size = 0;
+};
+
+Stack StackOfThread() {
+#ifdef __APPLE__
+  const std::size_t size = ::pthread_get_stacksize_np(::pthread_self());
+  return {static_cast<const char*>(::pthread_get_stackaddr_np(::pthread_self())) - size, size};
+#else
+  void* lowest = nullptr;
+  std::size_t size = 0;
+  if (pthread_attr_t attributes; ::pthread_getattr_np(::pthread_self(), &attributes) == 0) {
+    ::pthread_attr_getstack(&attributes, &lowest, &size);
+    ::pthread_attr_destroy(&attributes);
+  }
+  return {static_cast<const char*>(lowest), size};
+#endif
+}
+
+}  // namespace
+
+std::size_t Platform::StackLeft() {
+  static thread_local const Stack stack = StackOfThread();
+  const auto left =
+      static_cast<std::size_t>(static_cast<const char*>(__builtin_frame_address(0)) - stack.lowest);
+  return left < stack.size ? left : std::size_t{256} << 10;
+}
