@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
-# Times `hostutil inspect` and `hostutil list` on samples of both generations; "floor" is the least that each has to do
-# (inspect_baseline.cpp). After scripts/bench:
+# Times `hostutil inspect` and `hostutil list` on samples of both generations; "floor" is the least that each
+# has to do (inspect_baseline.cpp). After scripts/bench:
 #
 #   bench/inspect_scale.sh build/bench/bin [FILES...]       # 100000 1000000
 #
-# Warm: the median of five rounds in which the commands take turns, after one that is not counted. Cold: one round,
-# the caches dropped before each command, where the machine allows it. Growth: over the number of files before.
+# Warm: the median of five rounds in which the commands take turns, after one that is not counted. Cold: one
+# round, the caches dropped before each command, where the machine allows it. Growth: over the number of files
+# before.
 set -euo pipefail
 
 bin=${1:?usage: inspect_scale.sh BIN_FOLDER [FILES...]}
@@ -22,7 +23,8 @@ if "$bin/hostutil" inspect --help | grep -q -- --jobs; then
 fi
 commands=("$bin/inspect_baseline" "${inspect[@]}" "$bin/inspect_baseline --scan" "$bin/hostutil list")
 
-# Appends a line "I SECONDS" for each command to the file named. inspect ends with 1 when the backup has problems.
+# Appends a line "I SECONDS" for each command to the file named. inspect ends with 1 when the backup has
+# problems.
 run_all() {
   local i
   for i in "${!commands[@]}"; do
@@ -36,13 +38,16 @@ run_all() {
 table() {
   local i floor=0 name seconds before
   for i in "${!commands[@]}"; do
-    seconds=$(awk -v i="$i" '$1 == i { print $2 }' "$folder/$2" | sort -n | awk '{ t[NR] = $1 } END { print t[int((NR + 1) / 2)] }')
+    seconds=$(awk -v i="$i" '$1 == i { print $2 }' "$folder/$2" | sort -n |
+      awk '{ t[NR] = $1 } END { print t[int((NR + 1) / 2)] }')
     name=${commands[i]#"$bin/"}
     [[ $name != inspect_baseline* ]] || floor=$seconds
     before=$(cat "$folder/$1.$2.$i" 2>/dev/null || echo 0)
     echo "$seconds" >"$folder/$1.$2.$i"
-    awk -v row="$(printf '%-9s %8d  %s  %-32s' "$1" "$3" "$2" "$name")" -v t="$seconds" -v f="$floor" -v b="$before" \
-      'BEGIN { printf "%s %8.3f %6.2f %6s\n", row, t, (f > 0 ? t / f : 0), (b > 0 ? sprintf("%.1f", t / b) : "-") }'
+    awk -v row="$(printf '%-9s %8d  %s  %-32s' "$1" "$3" "$2" "$name")" \
+      -v t="$seconds" -v f="$floor" -v b="$before" 'BEGIN {
+        printf "%s %8.3f %6.2f %6s\n", row, t, (f > 0 ? t / f : 0), (b > 0 ? sprintf("%.1f", t / b) : "-")
+      }'
   done
 }
 

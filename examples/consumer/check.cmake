@@ -36,7 +36,8 @@ endfunction()
 
 function(check_run_paths)
   if(READELF)
-    run("${CMAKE_COMMAND}" "-DREADELF=${READELF}" "-DFOLDERS=${ARGN}" -P "${SOURCE}/cmake/CheckRunPaths.cmake")
+    run("${CMAKE_COMMAND}" "-DREADELF=${READELF}" "-DFOLDERS=${ARGN}"
+        -P "${SOURCE}/cmake/CheckRunPaths.cmake")
   endif()
 endfunction()
 

@@ -1,4 +1,5 @@
-// The frameworks themselves: one message or call for each operation. Compiled without automatic reference counting.
+// The frameworks themselves: one message or call for each operation. Compiled without automatic reference
+// counting.
 
 #import <CoreFoundation/CoreFoundation.h>
 #import <Foundation/Foundation.h>

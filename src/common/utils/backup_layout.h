@@ -14,8 +14,8 @@
 namespace Utils {
 
 // The identifier of a file: the string service's digest of `first`, "-" and `second` joined. In a device
-// backup `first` is the file's domain and `second` its path in the domain. Nothing is escaped: ("a-", "b") and
-// ("a", "-b") have the same identifier.
+// backup `first` is the file's domain and `second` its path in the domain. Nothing is escaped: ("a-", "b")
+// and ("a", "-b") have the same identifier.
 HOSTUTIL_EXPORT std::string CalcFileID(const char* first, const char* second);
 
 // The path of the file `file_id` in a backup: `root` and the identifier in the flat layout; `root`, the

@@ -17,8 +17,8 @@ namespace Utils {
 
 // `path` up to its last "/", that included; empty when it has none, and for null. A backslash is no
 // separator. Creates objects in the calling thread's autorelease pool, which the host provides. Invalid UTF-8
-// is cut at its last "/" like any other text. On macOS a "/" before a combining mark does not count, and a byte
-// order mark at the start is dropped.
+// is cut at its last "/" like any other text. On macOS a "/" before a combining mark does not count, and a
+// byte order mark at the start is dropped.
 HOSTUTIL_EXPORT std::string GetParentDir(const char* path);
 
 // The part of `path` after its last "/" or backslash; all of it when it has neither. Null: empty.
