@@ -336,7 +336,8 @@ class TextDecoder {
 
   XmlPlist::Copy Finish(const char* end) {
     Append({copied_, static_cast<std::size_t>(end - copied_)});
-    Append({"", 1});
+    constexpr char kNul = 0;
+    Append({&kNul, 1});
     if (failed_ || size_ > std::numeric_limits<std::uint32_t>::max()) return {};
     return {std::move(bytes_), size_ - 1};
   }

@@ -188,8 +188,7 @@ struct Budget {
   }
 };
 
-// A position in the text. An executor compares two at every character, repetition and assertion: that is one
-// step.
+// A position in the text. Executors compare two at every character, repetition and assertion: one step.
 class Position {
  public:
   using iterator_category = std::bidirectional_iterator_tag;
@@ -198,32 +197,30 @@ class Position {
   using pointer = const char*;
   using reference = const char&;
 
-  explicit Position(const char* at = nullptr, Budget* budget = nullptr) : at_(at), budget_(budget) {}
+  Position() = default;
+  Position(const char* at, Budget* budget) : at_(at), budget_(budget) {}
 
   reference operator*() const { return *at_; }
   Position& operator++() { return ++at_, *this; }
   Position& operator--() { return --at_, *this; }
-  Position operator++(int) {
-    return Position(at_++, budget_);
-  }  // NOLINT(cert-dcl21-cpp): const would prevent a move
-  Position operator--(int) { return Position(at_--, budget_); }  // NOLINT(cert-dcl21-cpp)
-  // Without stack every position is the text's end, where an executor returns: that leaves thousands of
-  // frames a thousand times as fast as an exception.
+  Position operator++(int) { return {at_++, budget_}; }  // NOLINT(cert-dcl21-cpp): const prevents a move
+  Position operator--(int) { return {at_--, budget_}; }  // NOLINT(cert-dcl21-cpp)
+  // Once the stack is used up every position equals the text's end, where an executor returns: thousands of
+  // frames are left a thousand times as fast as by an exception.
   friend bool operator==(const Position& left, const Position& right) {
     left.budget_->ChargeStep();
     return left.budget_->StackIsUsedUp() || left.at_ == right.at_;
   }
 
  private:
-  const char* at_;
-  Budget* budget_;
+  const char* at_ = nullptr;
+  Budget* budget_ = nullptr;
 };
 
 std::regex Pattern::Compile(std::regex::flag_type executor) const {
   // Only back-references need the groups.
   if (back_references_.empty()) return std::regex(pattern_, std::regex::nosubs | executor);
-  // A reference to a group that took no part fails without a comparison: assertions, of which one holds, make
-  // one.
+  // A reference to a group that did not match fails without a comparison, so assertions before it make one.
   std::string charged = pattern_;
   for (auto at = back_references_.rbegin(); at != back_references_.rend(); ++at)
     charged.insert(*at, "(?:\\b|\\B)");

@@ -17,7 +17,7 @@ inline CFUUIDRef CFUUIDCreate(const void*) {
 
 inline CFStringRef CFUUIDCreateString(const void*, CFUUIDRef uuid) {
   NSUUID* const object = reinterpret_cast<NSUUID*>(const_cast<__CFUUID*>(uuid));
-  return reinterpret_cast<CFStringRef>([[object UUIDString] retain]);
+  return reinterpret_cast<CFStringRef>([[NSString alloc] initWithString:[object UUIDString]]);
 }
 
 inline void CFRelease(CFUUIDRef uuid) {
