@@ -16,7 +16,7 @@
 //
 //   1. LookAt bounds, from the pattern's text, its size and the recursion that nothing interrupts.
 //   2. The default executor runs on iterators that charge a budget of steps and check the stack.
-//   3. If that exceeds the budget, and there is no back-reference, the polynomial executor runs on such iterators.
+//   3. If that exceeds the budget, and there is no back-reference, the polynomial executor runs on them.
 //
 // libc++'s executor does not recurse and bounds its own steps, so there the first step is enough.
 
@@ -78,13 +78,20 @@ struct Group {
   }
 };
 
+// Reads the number at `at`, if any, and returns its end. libstdc++'s arithmetic overflows for very long ones.
+const char* ReadNumber(const char* at, const char* end, std::uint32_t& number, error_type too_long) {
+  const auto [after, error] = std::from_chars(at, end, number);
+  if (error == std::errc::result_out_of_range) throw std::regex_error(too_long);
+  return after;
+}
+
 // The larger number of the braces at `at`.
 double CountOf(std::string_view pattern, std::size_t at) {
   const char* const end = pattern.data() + pattern.size();
   std::uint32_t least = 0;
   std::uint32_t most = 0;
-  const char* const comma = std::from_chars(pattern.data() + at + 1, end, least).ptr;
-  if (comma != end && *comma == ',') std::from_chars(comma + 1, end, most);
+  const char* const comma = ReadNumber(pattern.data() + at + 1, end, least, error_space);
+  if (comma != end && *comma == ',') ReadNumber(comma + 1, end, most, error_space);
   return std::max(least, most);
 }
 
@@ -140,7 +147,12 @@ void Pattern::LookAt() {
         at = EndOfBracket(pattern_, at);
         break;
       case '\\':
-        if (next >= '1' && next <= '9') back_references_.push_back(at);
+        if (next >= '1' && next <= '9') {
+          std::uint32_t group_number = 0;
+          ReadNumber(pattern_.data() + at + 1, pattern_.data() + pattern_.size(), group_number,
+                     error_backref);
+          back_references_.push_back(at);
+        }
         at += next == 'c' ? 2 : 1;
         [[fallthrough]];
       default:
