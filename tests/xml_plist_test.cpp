@@ -1,7 +1,5 @@
 #include "common/xml_plist.h"
 
-#include <random>
-
 #include "common/libplist.h"
 #include "common/plist_limits.h"
 #include "support/testing.h"
@@ -46,44 +44,22 @@ std::string InString(const std::string& text) {
   return "<plist><array><string>" + text + "</string></array></plist>";
 }
 
-// libplist 2.8 rejects all but white space after the root, and markup that earlier releases let pass.
-bool IsLenient() {
-  return Parse("<plist><true/></plist>\n<") != nullptr;
-}
-
 TEST(XmlPlist, NestingIsLimited) {
   const struct {
     const char* name;
     std::string list;
     bool safe;
-    bool parses;  // by a lenient libplist
   } cases[] = {
-      {"512 levels", Times(512, "<array>") + Times(512, "</array>"), true, true},
-      {"513 levels", Times(513, "<array>") + Times(513, "</array>"), false, true},
-      {"513 levels, not closed", Times(513, "<dict>"), false, false},
-      {"many containers on one level", "<array>" + Times(600, "<array/><dict /><array></array>") + "</array>",
-       true, true},
-      {"a deep second root", "<array></array>" + Times(600, "<array>"), true, true},
-      {"a root without children, then containers", "<string>text</string>" + Times(600, "<array>"), true,
-       true},
-      {"a tag in a quoted part of DOCTYPE",
-       "<!DOCTYPE\"[>\"><plist><array/>" + Times(511, "<array>") + Times(511, "</array>") + "</plist>", true,
-       true},
-      {"600 dictionaries, none deep", "<array>" + Times(600, "<dict><key>k</key><true/></dict>") + "</array>",
-       true, true},
-      {"end tags in quotes, which libplist does not see",
-       "<array>" + Times(100, "<dict></dict>") + Times(600, "<array a=\"</array>\">"), false, false},
-      {"end tags in quotes that begin at the end of a block",
-       "<array>" + Times(600, "<array " + std::string(250, ' ') + "a=\"</array>\">"), false, false},
-      {"end tags in comments", "<array>" + Times(600, "<array><!--</array>-->"), false, false},
-      {"an empty root and what follows it", "<plist><array/>" + Times(512, "<array>"), false, false},
+      {"512 levels", Times(512, "<array>") + Times(512, "</array>"), true},
+      {"513 levels", Times(513, "<array>") + Times(513, "</array>"), false},
+      {"600 on one level", "<array>" + Times(600, "<array/><dict /><array></array>") + "</array>", true},
+      {"a deep second root", "<array></array>" + Times(600, "<array>"), true},
+      {"a string as the root, then containers", "<string>text</string>" + Times(600, "<array>"), true},
+      {"end tags in quotes", "<array>" + Times(600, "<array " + Times(250, " ") + "a=\"</array>\">"), false},
+      {"end tags in comments", "<array>" + Times(600, "<array><!--</array>-->"), false},
+      {"an empty root and what follows it", "<plist><array/>" + Times(512, "<array>"), false},
   };
-  for (const auto& each : cases) {
-    EXPECT_EQ(IsSafe(each.list), each.safe) << each.name;
-    if (IsLenient()) {
-      EXPECT_EQ(Parse(each.list) != nullptr, each.parses) << each.name;
-    }
-  }
+  for (const auto& each : cases) EXPECT_EQ(IsSafe(each.list), each.safe) << each.name;
 }
 
 // Adds two levels, among tags that a scan less exact than libplist's would count.
@@ -103,9 +79,6 @@ TEST(XmlPlist, NestingIsCountedWhateverTheTagsLookLike) {
   const std::string end = Times(255, kClose) + "</array></plist>";
   EXPECT_TRUE(IsSafe(start + "<array/>" + end));
   EXPECT_FALSE(IsSafe(start + "<array><array/></array>" + end));
-  if (IsLenient()) {
-    EXPECT_NE(Parse(start + "<array/>" + end), nullptr);
-  }
 }
 
 TEST(XmlPlist, NulsAreRejectedInStringsAndKeysOnly) {
@@ -115,17 +88,13 @@ TEST(XmlPlist, NulsAreRejectedInStringsAndKeysOnly) {
     bool safe;
   } cases[] = {
       {"string", InString("a\0b"s), false},
-      {"end of a string", InString("a\0"s), false},
       {"CDATA section", InString("<![CDATA[a\0b]]>"s), false},
       {"second part of a string", InString("a<!-- -->\0"s), false},
-      {"string as the root", "<plist><string>a\0b</string></plist>"s, false},
       {"key", "<plist><dict><key>a\0b</key><true/></dict></plist>"s, false},
       {"comment", "<plist><!-- \0 --><array/></plist>"s, true},
-      {"comment in a string", InString("a<!-- \0 -->b"s), true},
       {"attribute", "<plist a=\"\0\"><array/></plist>"s, true},
       {"data", "<plist><array><data>AA\0AA</data></array></plist>"s, true},
       {"after the root", "<plist><array/></plist>\n\0text"s, true},
-      {"at the end only", "<plist><array/></plist>\0\0"s, true},
   };
   for (const auto& each : cases) EXPECT_EQ(IsSafe(each.list), each.safe) << each.name;
 }
@@ -142,23 +111,21 @@ TEST(XmlPlist, OnlyManyEntitiesInLongTextsAreSlow) {
       {"a few at the start of a long text", InString(Times(100, "&lt;") + std::string(100'000, 'x')), true},
       {"many short texts", Times(1000, InString("a&amp;b&lt;" + words)), false},
       {"many at the end", InString(std::string(100'000, 'x') + Times(100, "&quot;")), false},
-      {"a short text", InString("&lt;a href=&quot;b&quot;&gt;"), false},
-      {"none", InString(Times(1000, words)), false},
   };
   for (const auto& each : cases) EXPECT_EQ(HasSlowTexts(each.list), each.slow) << each.name;
 }
 
 TEST(XmlPlist, DecodedTextsGiveTheSameTree) {
-  const std::string filler(300, 'x');                              // makes the text long enough to be decoded
-  const std::string texts[] = {"&amp;&lt;&gt;&quot;&apos;",        // what XML predefines
-                               "&amp;lt;&#38;lt;&#x26;amp;&#60;",  // what must not be decoded twice
-                               "&#65;&#x41;&#X41;&#9;&#127;&#128;",  // numbers
-                               "&#2047;&#2048;&#xFFFF;&#65536;&#x10FFFF;",
-                               "&#xD7FF;&#xE000;&#0000065;&#x000041;",
-                               "&#xD800;",  // rejected from here on, by some releases at least
+  const std::string filler(300, 'x');  // makes the text long enough to be decoded
+  // What XML predefines; what must not be decoded twice; numbers; from "&#xD800;" on what some releases reject;
+  // ends of sections, comments and sections between entities; bytes that are not UTF-8.
+  const char* const texts[] = {"&amp;&lt;&gt;&quot;&apos;",
+                               "&amp;lt;&#38;lt;&#x26;amp;",
+                               "&#65;&#x41;&#9;&#127;&#128;",
+                               "&#2047;&#65536;&#x10FFFF;",
+                               "&#xD800;",
                                "&#0;",
                                "&#1114112;",
-                               "&#12345678;",
                                "&#;",
                                "&#x;",
                                "&#-1;",
@@ -178,14 +145,13 @@ TEST(XmlPlist, DecodedTextsGiveTheSameTree) {
                                "&amp;]]>&lt;]]]>&amp;",
                                "&amp;]]&gt;",
                                "&amp;]&#93;>",
-                               "&amp;]]]]>]]>",
                                "]]&amp;>",
                                "<!-- &amp; -->&amp;",
                                "<![CDATA[&amp;]]>&amp;",
                                "&am<!-- -->p;",
                                "&amp;<![CDATA[>]]>",
                                "\xFF&amp;\xC3"};
-  for (const std::string& text : texts) {
+  for (const std::string text : texts) {
     for (const std::string& list :
          {InString(text + filler), InString(filler + text), InString("&amp;" + filler + text),
           InString(Times(100, text)), InString(Times(100, text + "&amp;")),
@@ -193,18 +159,6 @@ TEST(XmlPlist, DecodedTextsGiveTheSameTree) {
           "<plist><dict><key>" + filler + text + "</key><string>" + text + "</string></dict></plist>"}) {
       EXPECT_EQ(Tree(DecodeSlowTexts(list)), Tree(list)) << text;
     }
-  }
-}
-
-TEST(XmlPlist, DecodedTextsOfRandomPiecesGiveTheSameTree) {
-  const std::string pieces[] = {
-      "&amp;", "&lt;", "&gt;", "&#62;", "&#93;",        "&ampx;",           "]",
-      "]]",    ">",    "]]>",  "words", "<!-- ]]> -->", "<![CDATA[&lt;]]>", std::string(70, 'x')};
-  std::mt19937 random(1);
-  for (int round = 0; round < 500; ++round) {
-    std::string text;
-    while (text.size() < 600) text += pieces[random() % std::size(pieces)];
-    EXPECT_EQ(Tree(DecodeSlowTexts(InString(text))), Tree(InString(text))) << text;
   }
 }
 
