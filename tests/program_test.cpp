@@ -89,9 +89,9 @@ TEST(Program, FindsEachFaultOfAFile) {
 TEST(Program, FindsEachFaultOfADatabase) {
   const SampleBackup backup("two-level");
   // The last but one is too long to be read and ends the reading.
-  backup.Run(
-      "",
-      R"(UPDATE Files SET file=null; INSERT INTO Files VALUES ('../../x','d','a',2,null), ('a','d','b',2,null),
+  backup.Run("",
+             R"(UPDATE Files SET file=null;
+      INSERT INTO Files VALUES ('../../x','d','a',2,null), ('a','d','b',2,null),
       ('/etc','d','c',2,null), (1,'d','d',1,x''), (2,'d','e',1,x'62706c6973743030ff'), (3,'d','f',4,'text'),
       (4,'d','g',2,zeroblob(2000000)), (5,'d','h',3,null), (6,'d','i',null,null), (7,'d','j',1.5,null),
       (null,'d','k',1,null), (8,x'00','l',1,null), (9,'d'||char(0),'m',1,null), (10,'d',null,1,null),
@@ -212,10 +212,10 @@ TEST(Program, ListsAndLocatesWhatWasAskedFor) {
 
 TEST(Program, ShowsHostileTextsHarmlessly) {
   const SampleBackup backup("two-level", 3);
-  backup.Run(
-      "",
-      R"(INSERT INTO Files VALUES('i'||char(27)||'[2J', 'd'||char(10,155), 'p'||char(13,127)||'.pl"'||char(9), 1,
-      null), ('j', CAST(x'80' AS TEXT), CAST(x'63c0af' AS TEXT), 1, null), ('k', 'd', 'bad', 8, null))");
+  backup.Run("",
+             R"(INSERT INTO Files VALUES
+      ('i'||char(27)||'[2J', 'd'||char(10,155), 'p'||char(13,127)||'.pl"'||char(9), 1, null),
+      ('j', CAST(x'80' AS TEXT), CAST(x'63c0af' AS TEXT), 1, null), ('k', 'd', 'bad', 8, null))");
   for (const std::string line : {"inspect .", "list .", "inspect . --json", "list . --json"}) {
     const auto [status, out, err] = backup.Run("hostutil " + line);
     EXPECT_EQ(status, 1);

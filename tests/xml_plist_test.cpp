@@ -117,8 +117,8 @@ TEST(XmlPlist, OnlyManyEntitiesInLongTextsAreSlow) {
 
 TEST(XmlPlist, DecodedTextsGiveTheSameTree) {
   const std::string filler(300, 'x');  // makes the text long enough to be decoded
-  // What XML predefines; what must not be decoded twice; numbers; from "&#xD800;" on what some releases reject;
-  // ends of sections, comments and sections between entities; bytes that are not UTF-8.
+  // What XML predefines; what must not be decoded twice; numbers; from "&#xD800;" on what some releases
+  // reject; ends of sections, comments and sections between entities; bytes that are not UTF-8.
   const char* const texts[] = {"&amp;&lt;&gt;&quot;&apos;",
                                "&amp;lt;&#38;lt;&#x26;amp;",
                                "&#65;&#x41;&#9;&#127;&#128;",

@@ -58,6 +58,7 @@ class IBasUtilitySys {
 // Exported from libBasic even when it is compiled with hidden visibility.
 #define HOSTUTIL_BASIC_IMPORT __attribute__((visibility("default")))
 
+// The services; libBasic owns them. Never null.
 HOSTUTIL_BASIC_IMPORT IBasUtilityFile* BasUtilityFile();
 HOSTUTIL_BASIC_IMPORT IBasUtilityString* BasUtilityString();
 HOSTUTIL_BASIC_IMPORT IBasUtilitySys* BasUtilitySys();

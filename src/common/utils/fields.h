@@ -13,9 +13,9 @@
 
 // A colour's components: 0 to 255 each if the code is well formed.
 struct RgbColor {
-  std::int32_t red;
-  std::int32_t green;
-  std::int32_t blue;
+  std::int32_t red;    // the first two digits
+  std::int32_t green;  // the middle two
+  std::int32_t blue;   // the last two
 };
 
 namespace Utils {

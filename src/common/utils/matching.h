@@ -29,17 +29,18 @@ HOSTUTIL_EXPORT bool EndWith(const std::string& text, const char* suffix);
 // it was. Throws std::regex_error for a bad pattern and std::bad_alloc. The pattern is compiled at every
 // call.
 //
-// Pattern and text may be untrusted: no call overflows the stack, and none takes longer than a second or two (five
-// for a text of 10 MB). Beyond its bounds it throws std::regex_error with the code
-//   error_stack       when the pattern may need more than 3/8 of the stack that the thread has left: 160 bytes for
-//                     each alternative and each character of the longest one, 960 for each group, all of it as
-//                     often as a counted group repeats; with a back-reference also for long texts (more than 200
-//                     characters on a stack of 512 KiB)
-//   error_space       when the pattern has more than 20,000 characters with counted repetitions written out
-//   error_complexity  for a back-reference after ambiguous repetitions, as in (a*)*\1; for a look-ahead that reads
-//                     far ahead at every character of a long text; for texts of a million characters and more
-//                     that the pattern can match in very many ways
-// With libc++ the bounds of the pattern are the same; those of the text are libc++'s own (error_complexity).
+// Pattern and text may be untrusted. With libstdc++ no call overflows the stack, and none takes longer than a
+// second or two (five for a text of 10 MB). Beyond the bounds it throws std::regex_error with the code
+//   error_stack       when the pattern may need over 3/8 of the stack that the thread has left: 160 bytes
+//                     for each alternative and each character of the longest one, 960 for each group, all of
+//                     it as often as a counted group repeats; with a back-reference also for long texts (more
+//                     than 200 characters on a stack of 512 KiB)
+//   error_space       when the pattern, with counted repetitions written out, has over 20,000 characters
+//   error_complexity  for a back-reference after ambiguous repetitions, as in (a*)*\1; for a look-ahead that
+//                     reads far ahead at every character of a long text; for texts of a million characters
+//                     and more that the pattern can match in very many ways
+// With libc++ the bounds of the pattern are the same. Those of the text are its own, more generous ones: it
+// may take minutes for a text of a megabyte before it throws error_complexity.
 HOSTUTIL_EXPORT bool MatchString(const std::string& text, const std::string& pattern, std::string* matched);
 
 }  // namespace Utils

@@ -17,9 +17,10 @@ enum class TableCheckStatus : std::int32_t {
   PrepareFailed = 3,  // SQLite rejected the query, and one line was logged
 };
 
+// The outcomes of both queries.
 struct TableCheckResult {
-  TableCheckStatus table;
-  TableCheckStatus column;
+  TableCheckStatus table;   // never NotChecked
+  TableCheckStatus column;  // NotChecked unless the table was found and a column was given
 };
 
 namespace Utils {
