@@ -93,6 +93,10 @@ void MatchHostilePatterns() {
       // libstdc++'s own arithmetic would overflow.
       {error_space, "a", {"a{99999999999999999999}", "a{1,99999999999999999999}"}},
       {error_backref, "a", {"(a)\\99999999999999999999"}},
+      // 2^32 + 10,000 and 2^32 + 1: libstdc++ 12 would truncate them, to a recursion that nothing bounds.
+      {error_space, "a", {"(a?){4294977296}b", "(a?){1,4294977296}b"}},
+      {error_backref, "aa", {"(a)\\4294967297"}},
+      {kYes, "aa99999999999", {"a{2}99999999999", "a{1,2}99999999999", "aa\\x399999999999"}},
   };
   for (const auto& row : rows)
     for (const std::string& pattern : row.patterns)

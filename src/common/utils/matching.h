@@ -39,8 +39,8 @@ HOSTUTIL_EXPORT bool EndWith(const std::string& text, const char* suffix);
 //   error_complexity  for a back-reference after ambiguous repetitions, as in (a*)*\1; for a look-ahead that
 //                     reads far ahead at every character of a long text; for texts of a million characters
 //                     and more that the pattern can match in very many ways
-// With libc++ the bounds of the pattern are the same. Those of the text are its own, more generous ones: it
-// may take minutes for a text of a megabyte before it throws error_complexity.
+// With libc++ the bounds of the pattern are the same. Those of the text are its own: some 4,000 steps, up to
+// 0.2 milliseconds, for each character, and as many again for every look-ahead that it enters.
 HOSTUTIL_EXPORT bool MatchString(const std::string& text, const std::string& pattern, std::string* matched);
 
 }  // namespace Utils

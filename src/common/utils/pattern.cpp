@@ -78,7 +78,7 @@ struct Group {
   }
 };
 
-// Reads the number at `at`, if any, and returns its end. libstdc++'s arithmetic overflows for very long ones.
+// Reads the number at `at`, if any, and returns its end. libstdc++ truncates larger ones, or overflows.
 const char* ReadNumber(const char* at, const char* end, std::uint32_t& number, error_type too_long) {
   const auto [after, error] = std::from_chars(at, end, number);
   if (error == std::errc::result_out_of_range) throw std::regex_error(too_long);
