@@ -33,8 +33,8 @@ constexpr double kGroupStack = 960;
 // with so many 0.4 microseconds, six times the rest of its work for ".*".
 constexpr double kMostSize = 20'000;
 // Comparisons of positions, at most some 50 nanoseconds each: a second, and five for 10 MB of text.
-constexpr std::size_t kMostSteps = 20'000'000;
-constexpr std::size_t kStepsPerCharacter = 8;
+[[maybe_unused]] constexpr std::size_t kMostSteps = 20'000'000;
+[[maybe_unused]] constexpr std::size_t kStepsPerCharacter = 8;
 
 // A character, class, assertion or group, with its repetitions. In double, products of counts do not
 // overflow.
