@@ -8,6 +8,7 @@
 namespace {
 
 using namespace std::string_literals;
+using BinaryPlist::Object;
 using BinaryPlist::Reader;
 
 std::string Number(std::uint64_t value, std::size_t size) {
@@ -50,131 +51,122 @@ std::string Nest(unsigned type, std::size_t levels, std::size_t width = 1) {
 }
 
 // An array of `count` references to one object.
-std::string Repeat(std::size_t count, const std::string& object, std::size_t reference_size = 1) {
-  return List({Counted(BinaryPlist::kArray, count, Times(count, Number(1, reference_size))), object},
-              reference_size);
+std::string Repeat(std::size_t count, const std::string& object, std::size_t size = 1) {
+  return List({Counted(BinaryPlist::kArray, count, Times(count, Number(1, size))), object}, size);
 }
 
-// Results for a block that ends where the list ends, so that a sanitizer sees every read past it.
+// The bytes end where the block ends, so that a sanitizer sees every read past it.
 bool IsSafe(const std::string& list) {
   const std::vector<char> bytes(list.begin(), list.end());
   return PlistLimits::BinaryIsSafe(bytes.data(), bytes.size());
 }
 
-bool IsValid(const std::string& list) {
-  const std::vector<char> bytes(list.begin(), list.end());
-  Reader reader;
-  return reader.Open(bytes.data(), bytes.size()) && PlistLimits::BinaryIsValid(reader, bytes.size());
-}
-
-bool Parses(const std::string& list) {
-  const auto length = static_cast<std::uint32_t>(list.size());
-  return Libplist::Node(Libplist::Parse(plist_from_bin, list.c_str(), length)) != nullptr;
-}
-
-TEST(PlistLimits, ListsThatAWriterMayMakePass) {
-  const struct {
-    const char* name;
-    std::string list;
-  } cases[] = {
-      {"512 arrays", Nest(BinaryPlist::kArray, 512)},
-      {"512 dictionaries", Nest(BinaryPlist::kDictionary, 512)},
-      {"two references to each of 14 arrays", Nest(BinaryPlist::kArray, 14, 2)},
-      {"a million references to a short string", Repeat(1'000'000, "\x54text")},
-      {"two-byte references to a long string",
-       Repeat(100'000, Counted(BinaryPlist::kAsciiString, 890, std::string(890, 'x'), 3), 2)},
-      {"a container that fills the list, three times",
-       List({"\xA3\1\1\1", Counted(BinaryPlist::kArray, 300'000, std::string(300'000, '\2')), "\x53key"}, 1)},
-      {"UTF-16 with zero bytes but no NUL", ArrayOf("\x62\0a\1\0"s)},
-      {"ASCII with a NUL", ArrayOf("\x53x\0y"s)},
-  };
-  for (const auto& each : cases) {
-    EXPECT_TRUE(IsSafe(each.list)) << each.name;
-    EXPECT_TRUE(IsValid(each.list)) << each.name;
-    EXPECT_TRUE(Parses(each.list)) << each.name;
-  }
-}
-
-TEST(PlistLimits, ListsThatExpandOrNestTooFarAreRejected) {
+TEST(PlistLimits, ListsThatExpandOrNestTooFarOrHoldNulsAreRejected) {
   const std::string large(1 << 20, 'x');
-  const struct {
-    const char* name;
-    std::string list;
-  } cases[] = {
-      {"513 arrays", Nest(BinaryPlist::kArray, 513)},
-      {"513 dictionaries", Nest(BinaryPlist::kDictionary, 513)},
-      {"two references to each of 16 arrays", Nest(BinaryPlist::kArray, 16, 2)},
-      {"large data, 100,000 times", Repeat(100'000, Counted(BinaryPlist::kData, 1 << 19, large))},
-      {"a large UTF-16 string, 100,000 times",
-       Repeat(100'000, Counted(BinaryPlist::kUtf16String, 1 << 19, large))},
-      {"an array in itself", List({"\xA1\0"s}, 1)},
-      {"UTF-16 with a NUL after them", ArrayOf("\x66\0a\0b\0c\0d\0e\0\0"s)},
-      {"a UTF-16 key with a NUL", List({"\xD1\1\2", "\x62\0a\0\0"s, "\x09"}, 1)},
-  };
-  for (const auto& each : cases) EXPECT_FALSE(IsSafe(each.list)) << each.name;
+  for (const unsigned type : {BinaryPlist::kArray, BinaryPlist::kSet, BinaryPlist::kDictionary}) {
+    EXPECT_TRUE(IsSafe(Nest(type, 512))) << type;
+    EXPECT_FALSE(IsSafe(Nest(type, 513))) << type;
+    EXPECT_TRUE(IsSafe(Nest(type, 12, 2))) << type << ": two references to each";
+    EXPECT_FALSE(IsSafe(Nest(type, 16, 2))) << type << ": two references to each";
+  }
+  for (const unsigned type : {BinaryPlist::kData, BinaryPlist::kAsciiString, BinaryPlist::kUtf16String})
+    EXPECT_FALSE(IsSafe(Repeat(100'000, Counted(type, 1 << 19, large)))) << type;
+  EXPECT_FALSE(IsSafe(List({"\xA1\0"s}, 1))) << "an array in itself";
+  EXPECT_FALSE(IsSafe(ArrayOf("\x62\0a\0\0"s))) << "a NUL in the first four units";
+  EXPECT_FALSE(IsSafe(ArrayOf("\x66\0a\0b\0c\0d\0e\0\0"s))) << "a NUL after them";
+  EXPECT_FALSE(IsSafe(List({"\xD1\1\2", "\x62\0a\0\0"s, "\x09"}, 1))) << "a NUL in a key";
+
+  // The promises of plist_limits.h.
+  const std::string many_references = Counted(BinaryPlist::kArray, 300'000, std::string(300'000, '\2'));
+  EXPECT_TRUE(IsSafe(Repeat(1'000'000, Counted(BinaryPlist::kAsciiString, 380, std::string(380, 'x')))));
+  EXPECT_TRUE(IsSafe(Repeat(100'000, Counted(BinaryPlist::kAsciiString, 890, std::string(890, 'x')), 2)));
+  EXPECT_TRUE(IsSafe(List({"\xA3\1\1\1", many_references, "Skey"}, 1)));
 }
 
 TEST(PlistLimits, ListsAreValidWhenLibplistParsesThem) {
-  const std::string good = ArrayOf("\x51x");
+  const std::string good = List({"\xD1\1\1", "Qx"}, 1);
   const auto changed = [&good](std::size_t from_end, char byte) {
-    std::string list = good;
-    list[list.size() - from_end] = byte;
-    return list;
+    return std::string(good).replace(good.size() - from_end, 1, 1, byte);
   };
   const struct {
     const char* name;
     std::string list;
     bool valid;
   } cases[] = {
-      {"integers of 1 to 16 bytes",
-       List({"\xA5\1\2\3\4\5", "\x10\1", "\x11\1\1", "\x12\1\1\1\1", "\x13" + Times(8, "\1"),
-             "\x14" + Times(16, "\1")},
+      {"a dictionary", good, true},
+      {"the longest number of each kind",
+       List({"\xA4\1\2\3\4", "\x14" + Times(16, "\1"), "\x23" + Times(8, "\1"), "\x33" + Times(8, "\1"),
+             "\x83\xFF\xFF\xFF\xFF"},
             1),
        true},
       {"an integer that reaches into the table", ArrayOf("\x13\1"), false},
       {"a real that reaches into the table", ArrayOf("\x22\1\1\1"), false},
       {"a date that reaches into the table", ArrayOf("\x33" + Times(7, "\1")), false},
-      {"no boolean", ArrayOf("\x07"), false},
+      {"null", ArrayOf("\0"s), Libplist::kReadsNull},
       {"a UID of more than 32 bits", ArrayOf("\x84\1\0\0\0\0"s), false},
       {"a UID that reaches into the table", ArrayOf("\x81\1"), false},
-      {"an ASCII string that reaches into the table", ArrayOf("\x52x"), false},
-      {"an empty UTF-16 string", ArrayOf("\x60"), false},
-      {"an array that reaches into the table", List({"\xA3\1", "\x09"}, 1), false},
-      {"a dictionary that reaches into the table", List({"\x51k", "\xD2\0\0\0"s}, 1, 1), false},
+      {"data that reaches into the table", ArrayOf("\x42x"), false},
+      {"ASCII with a NUL", ArrayOf("\x53x\0y"s), true},
+      {"UTF-16 with zero bytes but no NUL", ArrayOf("\x62\0a\1\0"s), true},
+      {"UTF-16 that reaches into the table", ArrayOf("\x62\1\1\1"), false},
+      {"UTF-16 without a unit", ArrayOf("\x60"), false},
       {"a count of 8 bytes", ArrayOf(Counted(BinaryPlist::kAsciiString, 1, "x", 3)), true},
       {"a count that is no integer", ArrayOf("\x5F\x20\1x"), false},
       {"a count that reaches into the table", ArrayOf("\x4F\x12\0\0\0"s), false},
-      {"an unknown type", ArrayOf("\x71\1"), false},
-      {"a key that is no string", List({"\xD1\1\2", "\x09", "\x51x"}, 1), false},
-      {"a key that is a dictionary", List({"\xD1\1\2", "\xD0", "\x51x"}, 1), false},
+      // The last reference, 0, is the first byte of the table.
+      {"an array that reaches into the table", List({"\x09", "\xA2\0"s}, 1, 1), false},
+      {"a dictionary that reaches into the table", List({"Qk", "\xD2\0\0\0"s}, 1, 1), false},
+      {"a key that is no string", List({"\xD1\1\2", "\x09", "Qx"}, 1), false},
       {"a reference to no object", List({"\xA1\1"}, 1), false},
-      {"a root that is no object", List({"\x09"}, 1, 1), false},
       {"an offset size of 0", changed(26, '\0'), false},
       {"a reference size of 0", changed(25, '\0'), false},
       {"a table that reaches into the trailer", changed(17, '\3'), false},
       {"a table offset in the trailer", changed(1, '\x20'), false},
       {"a table offset in the header", changed(1, '\7'), false},
-      {"another version", "bplist01" + good.substr(8), false},
       {"too short", good.substr(0, 39), false},
   };
   for (const auto& each : cases) {
-    EXPECT_EQ(IsValid(each.list), each.valid) << each.name;
-    EXPECT_EQ(Parses(each.list), each.valid) << each.name;
+    const std::vector<char> bytes(each.list.begin(), each.list.end());
+    Reader reader;
+    EXPECT_EQ(reader.Open(bytes.data(), bytes.size()) && PlistLimits::BinaryIsValid(reader, bytes.size()),
+              each.valid)
+        << each.name;
+    const auto length = static_cast<std::uint32_t>(bytes.size());
+    EXPECT_EQ(Libplist::Node(Libplist::Parse(plist_from_bin, bytes.data(), length)) != nullptr, each.valid)
+        << each.name;
   }
-  EXPECT_EQ(IsValid(ArrayOf("\0"s)), Parses(ArrayOf("\0"s))) << "null, which earlier releases reject";
 }
 
-// What the library and its host do with the deepest tree.
-void HandleDeepest() {
-  const TemporaryFolder folder;
-  const std::string path = folder.Write("deepest", Nest(BinaryPlist::kDictionary, 512));
-  const Libplist::Node root(PlistUtil::ReadPlist(path.c_str()));
-  const Libplist::Node copy(PlistUtil::PlistCopyZero(root.get()));
-  EXPECT_EQ(plist_dict_get_size(copy.get()), 1U);
+TEST(BinaryPlist, FindsWhatContainersHold) {
+  // A dictionary with the keys "a", "b" in UTF-16, "c" cut off at a NUL, and "a" once more.
+  const std::string list =
+      List({"\xD4\1\2\3\1\4\5\6\7", "Qa", "\x61\0b"s, "Rc\0"s, "\x11\2\1", "\xA2\6\4", "\x80\7", "Ttext"}, 1);
+  Reader reader;
+  Object root, array, found;
+  ASSERT_TRUE(reader.Open(list.data(), list.size()));
+  ASSERT_TRUE(reader.Read(reader.Find(reader.Root()), root));
+  ASSERT_TRUE(reader.FindItem(root, "a", found));
+  EXPECT_EQ(Reader::ValueOf(found), 0x201U) << "the first of two";
+  ASSERT_TRUE(reader.FindItem(root, "c", found));
+  EXPECT_EQ(Reader::ValueOf(found), 7U);
+  EXPECT_FALSE(reader.FindItem(root, "ab", found));
+
+  ASSERT_TRUE(reader.FindItem(root, "b", array));
+  ASSERT_TRUE(reader.FindElement(array, 1, found));
+  EXPECT_EQ(Reader::ValueOf(found), 0x201U);
+  EXPECT_FALSE(reader.FindElement(array, 2, found));
+  EXPECT_FALSE(reader.FindElement(root, 0, found)) << "not an array";
+  EXPECT_FALSE(reader.FindItem(array, "a", found)) << "not a dictionary";
 }
 
 TEST(PlistLimits, TheDeepestTreeFitsIntoAStackOf512KiB) {
-  RunOnStack(512 << 10, HandleDeepest);
+  RunOnStack(512 << 10, [] {
+    const TemporaryFolder folder;
+    const std::string path = folder.Write("deepest", Nest(BinaryPlist::kDictionary, 512));
+    const Libplist::Node root(PlistUtil::ReadPlist(path.c_str()));
+    const Libplist::Node copy(PlistUtil::PlistCopyZero(root.get()));
+    EXPECT_EQ(plist_dict_get_size(copy.get()), 1U);
+  });
 }
 
 }  // namespace
