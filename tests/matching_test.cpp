@@ -58,10 +58,7 @@ TEST(MatchString, MatchesWholeTexts) {
        "aa-aa",
        {"a{2}.aa", "aa|aa-aa", "(a)a-aa", "(.*)-\\1", "(?=.*-)(?!.*\\s).+", "[\\]()|[:alpha:]b]*-?aa"}},
       {kNo, "aa-aa", {"", "aa", "aa-aaa", "AA-AA", "(a)-\\1"}},
-      {kYes,
-       "aa",
-       {Times(20, "(?:") + "a" + Times(20, ")*"), "a" + Times(10, "*"),
-        Times(20, "(") + "aa" + Times(20, ")")}},
+      {kYes, "aa", {Times(20, "(?:") + "a" + Times(20, ")*"), Times(20, "(") + "aa" + Times(20, ")")}},
       {kYes, "bb", {"(b)\\1" + Times(20, "a?"), Times(300, "a long word|") + "bb", "(?:|)(b)\\1"}},
       {kYes, words, {words, Times(100, "a*b?"), Times(100, "(ab*)?"), "(.*)\\1", "(/?[^/]{1,255}){0,10}"}},
   };
@@ -79,14 +76,12 @@ void MatchHostilePatterns() {
     std::string text;
     Texts patterns;
   } rows[] = {
-      {kYes, a50k, {"(a|b)*", "(?=.*a)(?:(?!foo).)*", Times(40, "(?=") + Times(40, ")") + "a*"}},
-      {kNo, a50k, {"(a*)*b", "(a|aa)*b", "(.*)(.*)(.*)x"}},
+      {kYes, a50k, {"(a|b)*", "(?:(?!foo).)*", Times(40, "(?=") + Times(40, ")") + "a*"}},
       {error_stack,
        "a",
-       {Times(100'000, "("), Times(100'000, "(?="), Times(100'000, "a?"), Times(100'000, "b|")}},
-      {error_stack,
-       "a",
-       {"(|){30000}", "(((a?){99}){99}){99}", "a" + Times(30'000, "*"), Times(100'000, "[(]")}},
+       {Times(1'000'000, "("), Times(10'000, "(?="), Times(9'000, "a?"), Times(9'000, "b|"),
+        Times(9'000, "[(]")}},
+      {error_stack, "a", {"(|){5000}", "(((a?){15}){15}){15}", Times(10'000, "(?:a") + Times(10'000, ")*")}},
       {error_space,
        "a",
        {"[" + Times(30'000, "a") + "]", "[a-z]{9999}", Times(20, Times(999, "b") + "|") + "a{9999}"}},
@@ -101,10 +96,14 @@ void MatchHostilePatterns() {
   for (const auto& row : rows)
     for (const std::string& pattern : row.patterns)
       EXPECT_EQ(OutcomeOf(row.text, pattern), row.outcome) << Start(pattern);
-#ifdef __GLIBCXX__  // libc++ has other bounds for texts
+#ifdef __GLIBCXX__  // libc++ refuses repeated repetitions, and has other bounds for texts
+  EXPECT_EQ(OutcomeOf("aa", "a" + Times(10, "*")), kYes);
+  EXPECT_EQ(OutcomeOf("a", "a" + Times(15'000, "*")), error_stack);
+  for (const char* pattern : {"(a*)*b", "(a|aa)*b", "(.*)(.*)(.*)x"})
+    EXPECT_EQ(OutcomeOf(a50k, pattern), kNo) << pattern;
+  EXPECT_EQ(OutcomeOf(a50k, "(?=.*a)(?:(?!foo).)*"), kYes);
   const auto is_limit = [](int outcome) { return outcome == error_stack || outcome == error_complexity; };
   EXPECT_TRUE(is_limit(OutcomeOf(a50k, "(.*)\\1b")));
-  EXPECT_EQ(OutcomeOf(Times(24, "a"), "(a*)*\\1b"), error_complexity);
   // A reference to a group that took no part, behind 2^40 ways to get there.
   EXPECT_EQ(OutcomeOf("a", "(b)?" + Times(40, "(?:|)") + "\\1x"), error_complexity);
   // Each look-ahead reads to the end.
@@ -120,8 +119,8 @@ TEST(Pattern, IsCompiledOnceForManyTexts) {
   Matching::Pattern pattern("(?:a|b)*c");
   EXPECT_TRUE(pattern.MatchesWhole("abac"));
   EXPECT_FALSE(pattern.MatchesWhole("abca"));
-  EXPECT_TRUE(pattern.MatchesWhole(Times(500'000, "ab") + "c"));  // with the linear executor
-  EXPECT_FALSE(pattern.MatchesWhole(Times(500'000, "ab")));
+  EXPECT_TRUE(pattern.MatchesWhole(Times(50'000, "ab") + "c"));  // with the linear executor
+  EXPECT_FALSE(pattern.MatchesWhole(Times(50'000, "ab")));
   EXPECT_TRUE(pattern.MatchesWhole("c"));
 }
 

@@ -72,7 +72,7 @@ TEST(ReplaceStr, AcceptsArgumentsInsideTheEditedString) {
 TEST(ReplaceStr, GrowsOnceAndOnlyAsFarAsNeeded) {
   std::string text(100'000, '.');
   Utils::ReplaceStr(text, ".", "ab");
-  EXPECT_LE(text.capacity(), 200'000U);
+  EXPECT_LT(text.capacity(), 200'100U);
 }
 
 TEST(DeleteDelims, JoinsThePieces) {

@@ -69,9 +69,9 @@ std::int32_t PlistUtil::IsBinPlist(const char* path) {
   constexpr char kMagic[] = "bplist00";
   const Stream stream = OpenForReading(TextOrEmpty(path));
   if (stream == nullptr) return 0;
-  char start[sizeof kMagic] = {};  // after a short read, the rest stays zero
-  static_cast<void>(std::fread(start, 1, sizeof kMagic - 1, stream.get()));
-  return std::memcmp(start, kMagic, sizeof kMagic) == 0 ? 1 : 0;
+  char start[sizeof kMagic - 1];
+  const std::size_t read = std::fread(start, 1, sizeof start, stream.get());
+  return read == sizeof start && std::memcmp(start, kMagic, read) == 0 ? 1 : 0;
 }
 
 plist_t PlistUtil::ReadPlist(const char* path) {

@@ -2,14 +2,10 @@
 
 #include <pthread.h>
 
-namespace {
+#include <utility>
 
-struct Stack {
-  const char* lowest = nullptr;
-  std::size_t size = 0;
-};
-
-Stack StackOfThread() {
+// The lowest address of the calling thread's stack, and its size.
+static std::pair<const char*, std::size_t> StackOfThread() {
 #ifdef __APPLE__
   const std::size_t size = ::pthread_get_stacksize_np(::pthread_self());
   return {static_cast<const char*>(::pthread_get_stackaddr_np(::pthread_self())) - size, size};
@@ -24,11 +20,9 @@ Stack StackOfThread() {
 #endif
 }
 
-}  // namespace
-
 std::size_t Platform::StackLeft() {
-  static thread_local const Stack stack = StackOfThread();
+  static thread_local const auto stack = StackOfThread();
   const auto left =
-      static_cast<std::size_t>(static_cast<const char*>(__builtin_frame_address(0)) - stack.lowest);
-  return left < stack.size ? left : std::size_t{256} << 10;
+      static_cast<std::size_t>(static_cast<const char*>(__builtin_frame_address(0)) - stack.first);
+  return left < stack.second ? left : std::size_t{256} << 10;
 }

@@ -31,10 +31,10 @@ HOSTUTIL_EXPORT bool EndWith(const std::string& text, const char* suffix);
 //
 // Pattern and text may be untrusted. With libstdc++ no call overflows the stack, and none takes longer than a
 // second or two (five for a text of 10 MB). Beyond the bounds it throws std::regex_error with the code
-//   error_stack       when the pattern may need over 3/8 of the stack that the thread has left: 160 bytes
-//                     for each alternative and each character of the longest one, 960 for each group, all of
-//                     it as often as a counted group repeats; with a back-reference also for long texts (more
-//                     than 200 characters on a stack of 512 KiB)
+//   error_stack       when the pattern may need over half of the stack that the thread has left, less 64 KiB:
+//                     160 bytes for each alternative and each character of the longest one, 960 for each
+//                     group, all of it as often as a counted group repeats; with a back-reference also for
+//                     long texts (more than 200 characters on a stack of 512 KiB)
 //   error_space       when the pattern, with counted repetitions written out, has over 20,000 characters
 //   error_complexity  for a back-reference after ambiguous repetitions, as in (a*)*\1; for a look-ahead that
 //                     reads far ahead at every character of a long text; for texts of a million characters

@@ -22,17 +22,26 @@ class Pattern {
   bool MatchesWhole(const std::string& text);
 
  private:
-  void LookAt();
-  std::size_t RequireStack() const;  // returns what is left
+  // A character, class, assertion or group, with its repetitions.
+  struct Term {
+    double stack = 0;  // bytes that compiling, or matching between two comparisons, may need
+    double size = 0;   // characters, with counted repetitions written out
+    bool is_group = false;
+    bool is_repeated = false;
+
+    void Repeat(double copies);
+  };
+
+  Term LookAtGroup(std::size_t& at);
   std::regex Compile(std::regex::flag_type executor) const;
+  std::size_t StackForMatching() const;
 
   std::string pattern_;
-  double stack_ = 0;  // bytes that compiling, or matching between two comparisons, may need
-  double size_ = 0;   // characters, with counted repetitions written out
+  Term whole_;
   bool has_look_ahead_ = false;
   std::vector<std::size_t> back_references_;  // their indices
   std::regex regex_;
-  std::optional<std::regex> linear_;  // compiled when the polynomial executor is needed
+  std::optional<std::regex> linear_;  // for the polynomial executor, since the default one gave up
 };
 
 }  // namespace Matching
