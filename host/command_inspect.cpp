@@ -166,7 +166,7 @@ ExitStatus Run(const Options& options) {
 void AddInspect(CLI::App& app, ExitStatus& status) {
   const auto options = std::make_shared<Options>();
   CLI::App* const command = app.add_subcommand("inspect", "Check a whole backup");
-  command->footer("Example:\n  hostutil inspect backup --json");
+  command->footer("Example:\n  $ hostutil inspect backup --json");
   command->add_option("ROOT", options->root, "the backup's folder")->required();
   command->add_flag("--json", options->json, "one JSON object");
   command->callback([options, &status] { status = Run(*options); });

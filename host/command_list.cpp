@@ -192,7 +192,7 @@ ExitStatus Run(const Options& options) {
 void AddList(CLI::App& app, ExitStatus& status) {
   const auto options = std::make_shared<Options>();
   CLI::App* const command = app.add_subcommand("list", "List the files that a backup holds");
-  command->footer("Example:\n  hostutil list backup --match '.*\\.plist'");
+  command->footer("Example:\n  $ hostutil list backup --match '.*\\.plist'");
   command->add_option("ROOT", options->root, "the backup's folder")->required();
   command->add_option("--match", options->match, "only paths that match as a whole")->type_name("REGEX");
   command->add_option("--domain", options->domain, "only this domain")->type_name("DOMAIN");

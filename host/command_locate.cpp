@@ -39,7 +39,7 @@ void AddLocate(CLI::App& app, ExitStatus& status) {
   const auto options = std::make_shared<Options>();
   CLI::App* const command =
       app.add_subcommand("locate", "Print a file's identifier and where a backup stores it");
-  command->footer("Example:\n  hostutil locate backup HomeDomain Documents/note-7.txt");
+  command->footer("Example:\n  $ hostutil locate backup HomeDomain Documents/note-7.txt");
   command->add_option("ROOT", options->root, "the backup's folder")->required();
   command->add_option("DOMAIN", options->domain, "the file's domain")->required();
   command->add_option("PATH", options->path, "the file's path in the domain")->required();

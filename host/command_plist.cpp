@@ -42,7 +42,7 @@ void AddPlist(CLI::App& app, ExitStatus& status) {
   const auto options = std::make_shared<Options>();
   CLI::App* const command = app.add_subcommand(
       "plist", "Print a property list of either encoding as XML, between the two lines that PrintPlist adds");
-  command->footer("Example:\n  hostutil plist Info.plist");
+  command->footer("Example:\n  $ hostutil plist Info.plist");
   command->add_option("FILE", options->file, "the property list")->required();
   command->callback([options, &status] { status = Run(*options); });
 }

@@ -166,7 +166,7 @@ ExitStatus Run(const Options& options) {
 void AddSample(CLI::App& app, ExitStatus& status) {
   const auto options = std::make_shared<Options>();
   CLI::App* const command = app.add_subcommand("sample", "Write a small backup to try the others on");
-  command->footer("Example:\n  hostutil sample backup --files 500");
+  command->footer("Example:\n  $ hostutil sample backup --files 500");
   command->add_option("DIR", options->folder, "a folder that is new or empty")->required();
   command->add_option("--files", options->files, "how many files (200)")
       ->check(CLI::Range(0, 10000000))

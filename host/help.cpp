@@ -11,8 +11,10 @@
 
 namespace {
 
+using Rows = std::vector<std::pair<std::string, std::string>>;
+
 // A heading with rows in two columns; empty without rows.
-std::string Section(std::string_view heading, const std::vector<std::pair<std::string, std::string>>& rows) {
+std::string Section(std::string_view heading, const Rows& rows) {
   constexpr std::size_t kNameWidth = 18;  // wider than every name so far
   std::string text = rows.empty() ? "" : fmt::format("\n{}:\n", heading);
   for (const auto& [name, description] : rows) {
@@ -29,6 +31,25 @@ std::string NameOf(const CLI::Option& option) {
   const std::string type = option.get_type_name();
   std::string text = fmt::format("{}", fmt::join(names, ", "));
   return option.get_type_size() == 0 ? text : text + ' ' + type.substr(0, type.find(':'));
+}
+
+struct Parameters {
+  std::string usage;
+  Rows arguments;
+  Rows options;
+};
+
+Parameters ParametersOf(const CLI::App& app, const std::string& name) {
+  Parameters found{name + " [OPTIONS]", {}, {}};
+  for (const CLI::Option* const option : app.get_options({})) {
+    if (option->get_positional()) {
+      found.usage += ' ' + option->get_single_name();
+      found.arguments.emplace_back(option->get_single_name(), option->get_description());
+    } else {
+      found.options.emplace_back(NameOf(*option), option->get_description());
+    }
+  }
+  return found;
 }
 
 // The Levenshtein distance, one row of its table at a time.
@@ -48,26 +69,20 @@ std::size_t EditDistance(std::string_view from, std::string_view to) {
 
 }  // namespace
 
-std::string FormatHelp(const CLI::App* app, const std::string& name, CLI::AppFormatMode /*mode*/) {
-  std::vector<std::pair<std::string, std::string>> arguments;
-  std::vector<std::pair<std::string, std::string>> options;
-  std::vector<std::pair<std::string, std::string>> commands;
-  std::string usage = "Usage: " + name + " [OPTIONS]";
-  for (const CLI::Option* const option : app->get_options({})) {
-    if (option->get_positional()) {
-      usage += ' ' + option->get_single_name();
-      arguments.emplace_back(option->get_single_name(), option->get_description());
-    } else {
-      options.emplace_back(NameOf(*option), option->get_description());
-    }
-  }
+std::string FormatHelp(const CLI::App* app, const std::string& name, CLI::AppFormatMode mode) {
+  const Parameters own = ParametersOf(*app, name);
+  Rows commands;
+  std::string every_command;
   for (const CLI::App* const command : app->get_subcommands({})) {
     commands.emplace_back(command->get_name(), command->get_description());
+    Parameters its = ParametersOf(*command, command->get_name());
+    its.arguments.insert(its.arguments.end(), its.options.begin() + 1, its.options.end());  // without --help
+    every_command += Section(its.usage, its.arguments);
   }
-  if (!commands.empty()) usage += " COMMAND";
-  return fmt::format("{}\n\n{}.\n{}{}{}\n{}\n", usage, app->get_description(),
-                     Section("Arguments", arguments), Section("Options", options),
-                     Section("Commands", commands), app->get_footer());
+  return fmt::format("Usage: {}{}\n\n{}.\n{}{}{}{}\n{}\n", own.usage, commands.empty() ? "" : " COMMAND",
+                     app->get_description(), Section("Arguments", own.arguments),
+                     Section("Options", own.options), Section("Commands", commands),
+                     mode == CLI::AppFormatMode::All ? every_command : "", app->get_footer());
 }
 
 std::string NearestCommand(const CLI::App& app, const std::string& name) {

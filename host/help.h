@@ -6,7 +6,7 @@
 #include <string>
 
 // A formatter for CLI::App::formatter_fn. Releases of CLI11 differ in headings, columns and wrapping; this
-// one depends on none of them.
+// one depends on none of them. Mode All adds every command's arguments and options.
 std::string FormatHelp(const CLI::App* app, const std::string& name, CLI::AppFormatMode mode);
 
 // The command of `app` with the smallest edit distance to `name`; empty when more than half of it differs.

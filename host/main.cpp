@@ -17,15 +17,18 @@
 
 namespace {
 
-constexpr char kExamples[] =
-    "Examples:\n"
-    "  hostutil sample backup --files 500\n"
-    "  hostutil inspect backup\n"
-    "  hostutil list backup --domain HomeDomain --match '.*\\.plist'\n"
-    "  hostutil locate backup HomeDomain Documents/note-7.txt\n"
-    "  hostutil plist backup/Info.plist\n"
+constexpr char kFooter[] =
+    "Exit status:\n"
+    "  0                   fine\n"
+    "  1                   the backup has problems\n"
+    "  2                   usage or unreadable input\n"
     "\n"
-    "Exit status: 0 fine, 1 the backup has problems, 2 usage or unreadable input.";
+    "Examples:\n"
+    "  $ hostutil sample backup --files 500\n"
+    "  $ hostutil inspect backup\n"
+    "  $ hostutil list backup --domain HomeDomain --match '.*\\.plist'\n"
+    "  $ hostutil locate backup HomeDomain Documents/note-7.txt\n"
+    "  $ hostutil plist backup/Info.plist";
 
 // Help and version are results: standard output, with its error checks.
 ExitStatus Print(const std::string& text) {
@@ -53,15 +56,19 @@ ExitStatus Run(int argc, const char* const* argv) {
   app.formatter_fn(FormatHelp);
   app.set_help_flag("-h,--help", "print this help");
   app.set_version_flag("--version", "hostutil " HOSTUTIL_VERSION, "print the version");
-  app.footer(kExamples);
+  app.footer(kFooter);
   ExitStatus status = ExitStatus::Fine;
   for (AddCommand* const add : {AddInspect, AddList, AddLocate, AddPlist, AddSample}) add(app, status);
+  app.set_help_all_flag("--help-all",
+                        "print the help of every command");  // after the commands, which would inherit it
   app.require_subcommand(1);
   CheckCommand(app, argc, argv);
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp&) {
     return Print(app.help());
+  } catch (const CLI::CallForAllHelp&) {
+    return Print(app.help("", CLI::AppFormatMode::All));
   } catch (const CLI::CallForVersion& version) {
     return Print(std::string(version.what()) + '\n');
   } catch (const CLI::ParseError& error) {

@@ -261,7 +261,7 @@ TEST(Program, HelpListsEveryCommandAndTheOptionsOfEach) {
     const std::string own = backup.Run("hostutil " + name + " --help").out;
     EXPECT_THAT(own, HasSubstr("Usage: hostutil " + name + " [OPTIONS] " + usage + '\n'));
     EXPECT_THAT(own, HasSubstr(std::string("\n  ") + option + ' '));
-    EXPECT_THAT(own, HasSubstr("Example:\n  hostutil " + name));
+    EXPECT_THAT(own, HasSubstr("Example:\n  $ hostutil " + name));
   }
 }
 
