@@ -52,8 +52,8 @@ void ReadDevice(const BackupFolder& folder, Report& report) {
   if (info == nullptr) {
     const bool unreadable = status.kind == FileKind::Unreadable ||
                             (status.kind == FileKind::Regular && !IsReadable(path, status.size));
-    report.Add({unreadable ? ProblemKind::Unreadable : ProblemKind::DamagedPropertyList, "", "",
-                Utils::GetFileName(path.c_str())});
+    report.problems.Add({unreadable ? ProblemKind::Unreadable : ProblemKind::DamagedPropertyList, "", "",
+                         Utils::GetFileName(path.c_str())});
     return;
   }
   if (plist_get_node_type(info.get()) != PLIST_DICT) return;
@@ -138,7 +138,7 @@ class Checker {
   }
 
   void AddProblem(ProblemKind kind, const std::string& id) {
-    report_.Add({kind, id, record_->entry.domain, record_->entry.path, record_->number});
+    report_.problems.Add({kind, id, record_->entry.domain, record_->entry.path, record_->number});
   }
 
   const BackupFolder& folder_;
@@ -230,7 +230,7 @@ ExitStatus Run(const Options& options) {
   Output output;
   output.Write(options.json ? ReportAsJson(report) : ReportAsText(report, Screen::OfStandardOutput()));
   output.Flush();
-  return report.Problems().empty() ? ExitStatus::Fine : ExitStatus::Problems;
+  return report.problems.empty() ? ExitStatus::Fine : ExitStatus::Problems;
 }
 
 }  // namespace

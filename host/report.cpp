@@ -59,11 +59,11 @@ class Text {
 };
 
 void AddVerdict(const Report& report, Text& text) {
-  if (report.Problems().empty()) {
+  if (report.problems.empty()) {
     text.StyledLine(text.screen().Green("No problems") + ": " + Counted(report.listed, "file") + " checked.");
     return;
   }
-  text.StyledLine(text.screen().Red(Counted(report.Problems().size(), "problem")) +
+  text.StyledLine(text.screen().Red(Counted(report.problems.size(), "problem")) +
                   (report.truncated ? ", and the rest of the manifest cannot be read" : ""));
 }
 
@@ -81,18 +81,18 @@ void AddProblems(const Report& report, Text& text) {
   constexpr std::size_t kShown = 20;
   std::size_t shown = 0;
   for (const ProblemKindNames& row : kProblemKinds) {
-    const std::uint64_t count = report.Count(row.kind);
+    const std::uint64_t count = report.problems.Count(row.kind);
     if (count == 0) continue;
     text.Line(fmt::format("  {}: {}", row.name, Count(count)));
-    for (const Problem& problem : report.Problems()) {
+    for (const Problem& problem : report.problems) {
       if (shown == kShown) break;
       if (problem.kind != row.kind) continue;
       ++shown;
       text.Line(NamesOf(problem, text));
     }
   }
-  if (report.Problems().size() > kShown) {
-    text.Line(fmt::format("  and {} more, all of them in --json", Count(report.Problems().size() - kShown)));
+  if (report.problems.size() > kShown) {
+    text.Line(fmt::format("  and {} more, all of them in --json", Count(report.problems.size() - kShown)));
   }
 }
 
@@ -130,9 +130,22 @@ void AddExtensions(const Report& report, Text& text) {
 
 }  // namespace
 
-void Report::Add(Problem problem) {
+void Problems::Add(Problem problem) {
   ++counts_.at(static_cast<std::size_t>(problem.kind));
-  problems_.push_back(std::move(problem));
+  list_.push_back(std::move(problem));
+}
+
+void Problems::Merge(Problems&& other) {
+  for (std::size_t kind = 0; kind < counts_.size(); ++kind) counts_.at(kind) += other.counts_.at(kind);
+  const auto own = static_cast<std::ptrdiff_t>(list_.size());
+  list_.insert(list_.end(), std::move_iterator(other.list_.begin()), std::move_iterator(other.list_.end()));
+  std::inplace_merge(list_.begin(), list_.begin() + own, list_.end(),
+                     [](const Problem& a, const Problem& b) { return a.record < b.record; });
+}
+
+void Report::CoverTime(long time) {
+  if (!modified) modified = {time, time};
+  modified = {std::min(modified->first, time), std::max(modified->second, time)};
 }
 
 void Report::Merge(Report&& other) {
@@ -151,18 +164,7 @@ void Report::Merge(Report&& other) {
     CoverTime(other.modified->second);
   }
   truncated |= other.truncated;
-
-  for (std::size_t kind = 0; kind < counts_.size(); ++kind) counts_[kind] += other.counts_[kind];
-  const auto own = static_cast<std::ptrdiff_t>(problems_.size());
-  problems_.insert(problems_.end(), std::move_iterator(other.problems_.begin()),
-                   std::move_iterator(other.problems_.end()));
-  std::inplace_merge(problems_.begin(), problems_.begin() + own, problems_.end(),
-                     [](const Problem& a, const Problem& b) { return a.record < b.record; });
-}
-
-void Report::CoverTime(long time) {
-  if (!modified) modified = {time, time};
-  modified = {std::min(modified->first, time), std::max(modified->second, time)};
+  problems.Merge(std::move(other.problems));
 }
 
 std::string ReportAsJson(const Report& report) {
@@ -170,11 +172,12 @@ std::string ReportAsJson(const Report& report) {
   for (const auto& [key, value] : report.device) json["device"][key] = value;
   json["files"] = {{"listed", report.listed}, {"present", report.present}};
   for (const ProblemKindNames& row : kProblemKinds) {
-    if (!row.counts_in_json.empty()) json["files"][std::string(row.counts_in_json)] = report.Count(row.kind);
+    if (!row.counts_in_json.empty())
+      json["files"][std::string(row.counts_in_json)] = report.problems.Count(row.kind);
   }
   json["files"]["bytes"] = report.bytes;
   json["property_lists"] = {{"read", report.property_lists_read},
-                            {"damaged", report.Count(ProblemKind::DamagedPropertyList)}};
+                            {"damaged", report.problems.Count(ProblemKind::DamagedPropertyList)}};
   json["domains"] = Json::object();
   // emplace_back: operator[] of an ordered object is linear in its keys.
   auto& domains = json["domains"].get_ref<Json::object_t&>();
@@ -186,8 +189,8 @@ std::string ReportAsJson(const Report& report) {
   for (const auto& [name, count] : report.extensions) extensions.emplace_back(name, count);
   json["months"] = report.months;
   json["problems"] = Json::array();
-  for (const Problem& problem : report.Problems()) {
-    json["problems"].push_back({{"kind", kProblemKinds.at(static_cast<std::size_t>(problem.kind)).name},
+  for (const Problem& problem : report.problems) {
+    json["problems"].push_back({{"kind", NameOf(problem.kind)},
                                 {"id", problem.id},
                                 {"domain", problem.domain},
                                 {"path", problem.path}});
@@ -215,10 +218,10 @@ std::string ReportAsText(const Report& report, const Screen& screen) {
   text.Field("Listed", Count(report.listed));
   text.Field("Present", fmt::format("{} ({})", Count(report.present), TerminalText::Size(report.bytes)));
   for (const ProblemKindNames& row : kProblemKinds) {
-    if (!row.counts_in_text.empty()) text.Field(row.counts_in_text, Count(report.Count(row.kind)));
+    if (!row.counts_in_text.empty()) text.Field(row.counts_in_text, Count(report.problems.Count(row.kind)));
   }
   text.Field("Property lists", fmt::format("{} read, {} damaged", Count(report.property_lists_read),
-                                           Count(report.Count(ProblemKind::DamagedPropertyList))));
+                                           Count(report.problems.Count(ProblemKind::DamagedPropertyList))));
   AddDomains(report, text);
   AddExtensions(report, text);
   return text.Take();

@@ -33,12 +33,38 @@ inline constexpr auto kProblemKinds = std::to_array<ProblemKindNames>({
     {ProblemKind::DamagedRecord, "damaged-record", "", ""},
 });
 
+inline std::string_view NameOf(ProblemKind kind) {
+  return kProblemKinds.at(static_cast<std::size_t>(kind)).name;
+}
+
 struct Problem {
   ProblemKind kind;
   std::string id;  // computed; the manifest's own for a mismatched identifier or damaged record
   std::string domain;
   std::string path;
   std::uint64_t record = 0;  // of the manifest, from 1; 0: of none
+};
+
+// Problems in the manifest's order, and how many there are of each kind.
+class Problems {
+ public:
+  // Adds a problem of the same record as the last one, or of a later record.
+  void Add(Problem problem);
+
+  // Adds the problems of other records.
+  void Merge(Problems&& other);
+
+  std::uint64_t Count(ProblemKind kind) const { return counts_.at(static_cast<std::size_t>(kind)); }
+
+  std::size_t size() const { return list_.size(); }
+  bool empty() const { return list_.empty(); }
+  auto begin() const { return list_.begin(); }
+  auto end() const { return list_.end(); }
+  const Problem& operator[](std::size_t at) const { return list_[at]; }
+
+ private:
+  std::vector<Problem> list_;
+  std::array<std::uint64_t, kProblemKinds.size()> counts_{};
 };
 
 struct DomainTotal {
@@ -62,25 +88,15 @@ struct Report {
   std::map<std::string, std::uint64_t> months;
   std::optional<std::pair<long, long>> modified;  // the earliest and the latest
 
+  Problems problems;
   bool truncated = false;  // the manifest after the last damaged record is unread
   std::string elapsed;
-
-  // Adds a problem of the same record as the last problem, or of a later one.
-  void Add(Problem problem);
 
   // Extends `modified` to `time`.
   void CoverTime(long time);
 
   // Adds what `other` found in other records of the same manifest.
   void Merge(Report&& other);
-
-  // In the manifest's order.
-  const std::vector<Problem>& Problems() const { return problems_; }
-  std::uint64_t Count(ProblemKind kind) const { return counts_.at(static_cast<std::size_t>(kind)); }
-
- private:
-  std::vector<Problem> problems_;
-  std::array<std::uint64_t, kProblemKinds.size()> counts_{};
 };
 
 // One JSON object on one line, in ASCII.
