@@ -77,44 +77,47 @@ class Checker {
   explicit Checker(const BackupFolder& folder) : folder_(folder), files_(folder) {}
 
   void Check(const Record& record) {
-    record_ = &record;
-    if (record.next == Manifest::Next::Entry) {
-      CheckEntry(record.entry);
-      return;
-    }
     if (record.next == Manifest::Next::Truncated) report_.truncated = true;
-    AddProblem(ProblemKind::DamagedRecord, record.entry.id);
+    if (record.next == Manifest::Next::Entry) {
+      CheckEntry(record);
+    } else {
+      AddProblem(ProblemKind::DamagedRecord, record.entry.id, record);
+    }
   }
 
   Report Take() { return std::move(report_); }
 
  private:
-  void CheckEntry(const Entry& entry) {
+  void CheckEntry(const Record& record) {
+    const Entry& entry = record.entry;
     const std::string id = Utils::CalcFileID(entry.domain.c_str(), entry.path.c_str());
-    if (folder_.TwoLevel() && entry.id != id) AddProblem(ProblemKind::MismatchedId, entry.id);
+    if (folder_.TwoLevel() && entry.id != id) AddProblem(ProblemKind::MismatchedId, entry.id, record);
     if (entry.kind != EntryKind::File) return;
     ++report_.listed;
     const std::string place = folder_.StoredPath(id);
     const FileStatus status = files_.StatusOf(place);
     if (status.kind == FileKind::Regular) {
-      CheckFile(entry, id, place, status.size);
+      CheckFile(record, id, place, status.size);
     } else {
-      AddProblem(status.kind == FileKind::Unreadable ? ProblemKind::Unreadable : ProblemKind::Missing, id);
+      const bool unreadable = status.kind == FileKind::Unreadable;
+      AddProblem(unreadable ? ProblemKind::Unreadable : ProblemKind::Missing, id, record);
     }
   }
 
-  void CheckFile(const Entry& entry, const std::string& id, const std::string& place, std::uint64_t size) {
+  void CheckFile(const Record& record, const std::string& id, const std::string& place, std::uint64_t size) {
+    const Entry& entry = record.entry;
     const std::string extension = Utils::GetFilePostfix(entry.path.c_str());
     const bool is_list = Utils::CompareI(extension.c_str(), "plist") == 0;
     const bool parses = is_list && ReadBackupPlist(place, size) != nullptr;
-    if (!parses && !(files_.MayRead(place) && (!is_list || IsReadable(place, size)))) {
-      AddProblem(ProblemKind::Unreadable, id);
+    const bool readable = parses || (is_list ? IsReadable(place, size) : files_.MayRead(place));
+    if (!readable) {
+      AddProblem(ProblemKind::Unreadable, id, record);
       return;
     }
-    if (entry.size && *entry.size != size) AddProblem(ProblemKind::WrongSize, id);
+    if (entry.size && *entry.size != size) AddProblem(ProblemKind::WrongSize, id, record);
     Count(entry, extension, size);
     if (parses) ++report_.property_lists_read;
-    if (is_list && !parses) AddProblem(ProblemKind::DamagedPropertyList, id);
+    if (is_list && !parses) AddProblem(ProblemKind::DamagedPropertyList, id, record);
   }
 
   // Adds a present file to the totals.
@@ -137,14 +140,13 @@ class Checker {
     report_.CoverTime(modified);
   }
 
-  void AddProblem(ProblemKind kind, const std::string& id) {
-    report_.problems.Add({kind, id, record_->entry.domain, record_->entry.path, record_->number});
+  void AddProblem(ProblemKind kind, const std::string& id, const Record& record) {
+    report_.problems.Add({kind, id, record.entry.domain, record.entry.path, record.number});
   }
 
   const BackupFolder& folder_;
   StoredFiles files_;
   Report report_;
-  const Record* record_ = nullptr;  // the one being checked
 };
 
 // Every thread reads a few records under a lock, checks them without it, and so on to the end of the
@@ -213,7 +215,7 @@ class Inspection {
   }
 
   BackupFolder folder_;
-  std::mutex reading_;  // of the members below
+  std::mutex reading_;  // guards the members below
   std::unique_ptr<Manifest> manifest_;
   Progress progress_;
   std::uint64_t records_read_ = 0;
