@@ -11,7 +11,6 @@
 
 #include <cstdio>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <string_view>
 
@@ -65,8 +64,9 @@ bool ScanDatabase(const std::string& root) {
 // A record: five texts, 40 bytes with the mode first and the number of properties last, the properties' names
 // and values. A text: its length in two bytes, FFFF for none.
 bool ScanRecords(const std::string& root) {
-  std::ifstream stream(root + "Manifest.mbdb", std::ios::binary);
-  const std::string bytes{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+  std::ifstream stream(root + "Manifest.mbdb", std::ios::binary | std::ios::ate);
+  std::string bytes(stream ? static_cast<std::size_t>(stream.tellg()) : 0, '\0');
+  stream.seekg(0).read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   std::size_t at = 6;
   const auto byte = [&](std::size_t index) { return static_cast<unsigned char>(bytes.at(index)); };
   const auto text = [&] {

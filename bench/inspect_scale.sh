@@ -17,11 +17,8 @@ trap 'rm -rf "$folder"' EXIT
 TIMEFORMAT=%R
 drop_caches() { { sync && echo 3 >/proc/sys/vm/drop_caches; } 2>/dev/null; }
 
-inspect=("$bin/hostutil inspect --json")
-if "$bin/hostutil" inspect --help | grep -q -- --jobs; then
-  inspect=("${inspect[0]} --jobs 1" "${inspect[0]} --jobs $(getconf _NPROCESSORS_ONLN)")
-fi
-commands=("$bin/inspect_baseline" "${inspect[@]}" "$bin/inspect_baseline --scan" "$bin/hostutil list")
+commands=("$bin/inspect_baseline" "$bin/hostutil inspect --json --jobs 1" "$bin/hostutil inspect --json"
+  "$bin/inspect_baseline --scan" "$bin/hostutil list")
 
 # Appends a line "I SECONDS" for each command to the file named. inspect ends with 1 when the backup has
 # problems.

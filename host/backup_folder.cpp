@@ -1,11 +1,14 @@
 #include "backup_folder.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstring>
+#include <string_view>
 
 #include "common/utils.h"
 #include "failure.h"
-#include "file_status.h"
 #include "owners.h"
 
 std::string WithSeparator(const std::string& root) {
@@ -13,10 +16,10 @@ std::string WithSeparator(const std::string& root) {
   return Utils::EndWith(root, "/") ? root : root + '/';
 }
 
-BackupFolder::BackupFolder(const std::string& root) : root_(WithSeparator(root)) {
-  // The trailing "/" follows a link: the user chose the root, so it may be one.
-  const FileStatus status = StatusOf(root_);
-  if (status.kind == FileKind::Absent) throw Failure(root + ": " + std::strerror(status.error));
+// The trailing "/" follows a link: the user chose the root, so it may be one.
+BackupFolder::BackupFolder(const std::string& root)
+    : root_(WithSeparator(root)), directory_(::opendir(root_.c_str())) {
+  if (directory_ == nullptr) throw Failure(root + ": " + std::strerror(errno));
   two_level_ = FindManifest("Manifest.db");
   if (!two_level_ && !FindManifest("Manifest.mbdb")) {
     throw Failure(root_ + ": holds no backup, neither Manifest.db nor Manifest.mbdb exists");
@@ -43,15 +46,22 @@ std::string BackupFolder::StoredPath(const std::string& id) const {
   return Utils::ConcatBackupFilePath(root_.c_str(), id.c_str(), two_level_, false);
 }
 
-std::optional<std::uint64_t> BackupFolder::StoredSize(const std::string& path) {
-  if (two_level_ && !IsFolder(path.substr(0, path.rfind('/')))) return std::nullopt;
-  const FileStatus status = StatusOf(path);
-  if (status.kind != FileKind::Regular) return std::nullopt;
-  return status.size;
+StoredFiles::StoredFiles(const BackupFolder& folder)
+    : folder_(folder), descriptor_(::dirfd(folder.directory_.get())) {
 }
 
-bool BackupFolder::IsFolder(const std::string& path) {
-  const auto [place, is_new] = folders_.try_emplace(path, false);
-  if (is_new) place->second = StatusOf(path).kind == FileKind::Folder;
-  return place->second;
+FileStatus StoredFiles::StatusOf(const std::string& path) {
+  const std::string_view name = NameOf(path);
+  if (folder_.two_level_) {
+    const auto [place, is_new] = parents_.try_emplace(std::string(name.substr(0, name.rfind('/'))));
+    FileStatus& parent = place->second;
+    if (is_new) parent = StatusAt(descriptor_, place->first.c_str());
+    if (parent.kind == FileKind::Unreadable) return parent;
+    if (parent.kind != FileKind::Folder) return {FileKind::Absent, 0, ENOENT};
+  }
+  return StatusAt(descriptor_, name.data());
+}
+
+bool StoredFiles::MayRead(const std::string& path) const {
+  return ::faccessat(descriptor_, NameOf(path), R_OK, 0) == 0;
 }

@@ -4,14 +4,17 @@
 
 #pragma once
 
-#include <cstdint>
-#include <optional>
+#include <dirent.h>
+
 #include <string>
 #include <unordered_map>
 
+#include "common/owners.h"
+#include "file_status.h"
+
 class BackupFolder {
  public:
-  // Throws Failure when `root` is not a folder with a manifest: Manifest.db (two-level layout), else
+  // Throws Failure when `root` is not a readable folder with a manifest: Manifest.db (two-level layout), else
   // Manifest.mbdb (flat).
   explicit BackupFolder(const std::string& root);
 
@@ -24,17 +27,39 @@ class BackupFolder {
   // Where the file with this computed identifier is stored.
   std::string StoredPath(const std::string& id) const;
 
-  // The size of the regular file at `path`, a result of StoredPath; none when there is no such file.
-  std::optional<std::uint64_t> StoredSize(const std::string& path);
-
  private:
+  friend class StoredFiles;
+
   bool FindManifest(const char* name);
-  bool IsFolder(const std::string& path);
 
   std::string root_;  // ends with "/"
+  Owners::Owner<DIR, ::closedir> directory_;
   std::string manifest_;
   bool two_level_;
-  std::unordered_map<std::string, bool> folders_;  // cache of IsFolder, at most 256 in the two-level layout
+};
+
+// Looks at stored files, relative to the root's descriptor. For one thread: it remembers the folders of the
+// two-level layout.
+//
+//   StoredFiles files(folder);
+//   if (files.StatusOf(path).kind == FileKind::Regular && files.MayRead(path)) ...
+class StoredFiles {
+ public:
+  // `folder` must outlive this.
+  explicit StoredFiles(const BackupFolder& folder);
+
+  // The status of the file at `path`, a result of StoredPath. Absent or Unreadable when its folder is.
+  FileStatus StatusOf(const std::string& path);
+
+  // Whether this process may open the regular file at `path`, a result of StoredPath, to read it.
+  bool MayRead(const std::string& path) const;
+
+ private:
+  const char* NameOf(const std::string& path) const { return path.c_str() + folder_.root_.size(); }
+
+  const BackupFolder& folder_;
+  int descriptor_;                                       // of the root
+  std::unordered_map<std::string, FileStatus> parents_;  // at most 256, by name
 };
 
 // `root` with a "/" at its end. Throws Failure when it is empty, which would name the system's root.

@@ -1,14 +1,17 @@
+#include <fcntl.h>
+
 #include <algorithm>
-#include <array>
 #include <chrono>
-#include <cstdlib>
+#include <future>
+#include <mutex>
+#include <system_error>
+#include <thread>
 
 #include "backup_plist.h"
 #include "command.h"
 #include "common/libplist.h"
 #include "common/plist_util.h"
 #include "common/utils.h"
-#include "file_status.h"
 #include "manifest.h"
 #include "owners.h"
 #include "progress.h"
@@ -20,6 +23,7 @@ namespace {
 struct Options {
   std::string root;
   bool json = false;
+  std::size_t jobs = std::max(std::thread::hardware_concurrency(), 1U);
 };
 
 // The text of a string or date node; none for any other.
@@ -40,77 +44,80 @@ std::string LowerCase(std::string text) {
   return text;
 }
 
-class Inspection {
+void ReadDevice(const BackupFolder& folder, Report& report) {
+  const std::string path = folder.PathOf("Info.plist");
+  const FileStatus status = StatusAt(AT_FDCWD, path.c_str());
+  if (status.kind == FileKind::Absent) return;
+  const Plist info = status.kind == FileKind::Regular ? ReadBackupPlist(path, status.size) : nullptr;
+  if (info == nullptr) {
+    const bool unreadable = status.kind == FileKind::Unreadable ||
+                            (status.kind == FileKind::Regular && !IsReadable(path, status.size));
+    report.problems.Add({unreadable ? ProblemKind::Unreadable : ProblemKind::DamagedPropertyList, "", "",
+                         Utils::GetFileName(path.c_str())});
+    return;
+  }
+  if (plist_get_node_type(info.get()) != PLIST_DICT) return;
+  for (const char* const key :
+       {"Device Name", "Product Type", "Product Version", "Serial Number", "Last Backup Date"}) {
+    const auto value = DeviceValue(plist_dict_get_item(info.get(), key));
+    if (value) report.device.emplace_back(key, *value);
+  }
+}
+
+// What was read from the manifest at once.
+struct Record {
+  std::uint64_t number = 0;  // from 1
+  Manifest::Next next = Manifest::Next::End;
+  Entry entry;
+};
+
+// Checks entries for one thread; what it found is in a report of its own.
+class Checker {
  public:
-  explicit Inspection(const std::string& root) : folder_(root), manifest_(OpenManifest(folder_)) {
-    report_.root = root;
-    report_.two_level = folder_.TwoLevel();
+  explicit Checker(const BackupFolder& folder) : folder_(folder), files_(folder) {}
+
+  void Check(const Record& record) {
+    if (record.next == Manifest::Next::Truncated) report_.truncated = true;
+    if (record.next == Manifest::Next::Entry) {
+      CheckEntry(record);
+    } else {
+      AddProblem(ProblemKind::DamagedRecord, record.entry.id, record);
+    }
   }
 
-  Report Run() {
-    const auto start = std::chrono::steady_clock::now();
-    ReadDevice();
-    ReadEntries();
-    const auto elapsed = std::chrono::steady_clock::now() - start;
-    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(elapsed).count();
-    report_.elapsed = AdoptText(Utils::ConvertSecondsToTime(static_cast<std::uint32_t>(seconds)));
-    return std::move(report_);
-  }
+  Report Take() { return std::move(report_); }
 
  private:
-  void ReadDevice() {
-    const std::string path = folder_.PathOf("Info.plist");
-    const FileStatus status = StatusOf(path);
-    if (status.kind == FileKind::Absent) return;
-    const Plist info = status.kind == FileKind::Regular ? ReadBackupPlist(path, status.size) : nullptr;
-    if (info == nullptr) {
-      report_.problems.push_back(
-          {ProblemKind::DamagedPropertyList, "", "", Utils::GetFileName(path.c_str())});
-      return;
-    }
-    if (plist_get_node_type(info.get()) != PLIST_DICT) return;
-    for (const char* const key :
-         {"Device Name", "Product Type", "Product Version", "Serial Number", "Last Backup Date"}) {
-      const auto value = DeviceValue(plist_dict_get_item(info.get(), key));
-      if (value) report_.device.emplace_back(key, *value);
-    }
-  }
-
-  void ReadEntries() {
-    Progress progress;
-    Entry entry;
-    for (;;) {
-      const Manifest::Next next = manifest_->Read(entry);
-      if (next == Manifest::Next::End) return;
-      if (next == Manifest::Next::Truncated) report_.truncated = true;
-      if (next != Manifest::Next::Entry) {
-        AddProblem(ProblemKind::DamagedRecord, entry.id, entry);
-      } else {
-        Check(entry);
-      }
-      progress.Advance(*manifest_);
-    }
-  }
-
-  void Check(const Entry& entry) {
+  void CheckEntry(const Record& record) {
+    const Entry& entry = record.entry;
     const std::string id = Utils::CalcFileID(entry.domain.c_str(), entry.path.c_str());
-    if (folder_.TwoLevel() && entry.id != id) {
-      AddProblem(ProblemKind::MismatchedId, entry.id, entry);
-    }
+    if (folder_.TwoLevel() && entry.id != id) AddProblem(ProblemKind::MismatchedId, entry.id, record);
     if (entry.kind != EntryKind::File) return;
     ++report_.listed;
     const std::string place = folder_.StoredPath(id);
-    const std::optional<std::uint64_t> size = folder_.StoredSize(place);
-    if (!size) {
-      AddProblem(ProblemKind::Missing, id, entry);
+    const FileStatus status = files_.StatusOf(place);
+    if (status.kind == FileKind::Regular) {
+      CheckFile(record, id, place, status.size);
+    } else {
+      const bool unreadable = status.kind == FileKind::Unreadable;
+      AddProblem(unreadable ? ProblemKind::Unreadable : ProblemKind::Missing, id, record);
+    }
+  }
+
+  void CheckFile(const Record& record, const std::string& id, const std::string& place, std::uint64_t size) {
+    const Entry& entry = record.entry;
+    const std::string extension = Utils::GetFilePostfix(entry.path.c_str());
+    const bool is_list = Utils::CompareI(extension.c_str(), "plist") == 0;
+    const bool parses = is_list && ReadBackupPlist(place, size) != nullptr;
+    const bool readable = parses || (is_list ? IsReadable(place, size) : files_.MayRead(place));
+    if (!readable) {
+      AddProblem(ProblemKind::Unreadable, id, record);
       return;
     }
-    if (entry.size && *entry.size != *size) {
-      AddProblem(ProblemKind::WrongSize, id, entry);
-    }
-    const std::string extension = Utils::GetFilePostfix(entry.path.c_str());
-    Count(entry, extension, *size);
-    if (Utils::CompareI(extension.c_str(), "plist") == 0) CheckPropertyList(entry, id, place, *size);
+    if (entry.size && *entry.size != size) AddProblem(ProblemKind::WrongSize, id, record);
+    Count(entry, extension, size);
+    if (parses) ++report_.property_lists_read;
+    if (is_list && !parses) AddProblem(ProblemKind::DamagedPropertyList, id, record);
   }
 
   // Adds a present file to the totals.
@@ -130,31 +137,99 @@ class Inspection {
     if (month.size() <= kAfterMonth) return;
     month.resize(month.size() - kAfterMonth);
     ++report_.months[month];
-    auto& range = report_.modified;
-    if (!range) range = {modified, modified};
-    range = {std::min(range->first, modified), std::max(range->second, modified)};
+    report_.CoverTime(modified);
   }
 
-  void CheckPropertyList(const Entry& entry, const std::string& id, const std::string& place,
-                         std::uint64_t size) {
-    if (ReadBackupPlist(place, size) != nullptr) {
-      ++report_.property_lists_read;
-      return;
-    }
-    AddProblem(ProblemKind::DamagedPropertyList, id, entry);
+  void AddProblem(ProblemKind kind, const std::string& id, const Record& record) {
+    report_.problems.Add({kind, id, record.entry.domain, record.entry.path, record.number});
   }
 
-  void AddProblem(ProblemKind kind, const std::string& id, const Entry& entry) {
-    report_.problems.push_back({kind, id, entry.domain, entry.path});
-  }
-
-  BackupFolder folder_;
-  std::unique_ptr<Manifest> manifest_;
+  const BackupFolder& folder_;
+  StoredFiles files_;
   Report report_;
 };
 
+// Every thread reads a few records under a lock, checks them without it, and so on to the end of the
+// manifest. There is no queue: a thread holds at most one batch.
+class Inspection {
+ public:
+  explicit Inspection(const std::string& root) : folder_(root), manifest_(OpenManifest(folder_)) {}
+
+  // The report on all records; its content does not depend on `jobs`, the number of threads.
+  Report Run(std::size_t jobs) {
+    std::vector<std::future<Report>> others;  // a future's destructor waits for its thread
+    while (others.size() + 1 < jobs && AddThread(others)) {
+    }
+    Report report;
+    report.two_level = folder_.TwoLevel();
+    ReadDevice(folder_, report);
+    report.Merge(Work());
+    for (std::future<Report>& other : others) report.Merge(other.get());
+    return report;
+  }
+
+ private:
+  // Measured on two cores: alike from 8 to 512; one record at a time takes a third longer.
+  static constexpr std::size_t kBatch = 64;
+
+  // False when the system has no more threads: those there are suffice.
+  bool AddThread(std::vector<std::future<Report>>& others) {
+    try {
+      others.push_back(std::async(std::launch::async, [this] { return Work(); }));
+      return true;
+    } catch (const std::system_error&) {
+      return false;
+    }
+  }
+
+  // The work of one thread. When it throws, the other threads end after their batch.
+  Report Work() {
+    try {
+      Checker checker(folder_);
+      std::vector<Record> batch(kBatch);
+      while (const std::size_t size = ReadBatch(batch)) {
+        for (std::size_t at = 0; at < size; ++at) checker.Check(batch[at]);
+      }
+      return checker.Take();
+    } catch (...) {
+      const std::lock_guard lock(reading_);
+      ended_ = true;
+      throw;
+    }
+  }
+
+  // The number of records read, 0 at the end of the manifest.
+  std::size_t ReadBatch(std::vector<Record>& batch) {
+    const std::lock_guard lock(reading_);
+    std::size_t size = 0;
+    for (; size < batch.size() && !ended_; ++size) {
+      Record& record = batch[size];
+      record.next = manifest_->Read(record.entry);
+      record.number = ++records_read_;
+      if (record.next == Manifest::Next::End) {
+        ended_ = true;
+        break;
+      }
+      progress_.Advance(*manifest_);
+    }
+    return size;
+  }
+
+  BackupFolder folder_;
+  std::mutex reading_;  // guards the members below
+  std::unique_ptr<Manifest> manifest_;
+  Progress progress_;
+  std::uint64_t records_read_ = 0;
+  bool ended_ = false;
+};
+
 ExitStatus Run(const Options& options) {
-  const Report report = Inspection(options.root).Run();
+  const auto start = std::chrono::steady_clock::now();
+  Report report = Inspection(options.root).Run(options.jobs);
+  const auto elapsed = std::chrono::steady_clock::now() - start;
+  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(elapsed).count();
+  report.root = options.root;
+  report.elapsed = AdoptText(Utils::ConvertSecondsToTime(static_cast<std::uint32_t>(seconds)));
   Output output;
   output.Write(options.json ? ReportAsJson(report) : ReportAsText(report, Screen::OfStandardOutput()));
   output.Flush();
@@ -169,5 +244,8 @@ void AddInspect(CLI::App& app, ExitStatus& status) {
   command->footer("Example:\n  $ hostutil inspect backup --json");
   command->add_option("ROOT", options->root, "the backup's folder")->required();
   command->add_flag("--json", options->json, "one JSON object");
+  command->add_option("--jobs", options->jobs, "threads, 1 to 256; by default one for each processor core")
+      ->check(CLI::Range(1, 256))
+      ->type_name("N");
   command->callback([options, &status] { status = Run(*options); });
 }

@@ -72,15 +72,23 @@ class Table {
   }
 
   void Print(const Row& row) {
-    using namespace TerminalText;
     const bool cut = screen_.width != 0;
-    const std::string domain = ElidedMiddle(row.domain, cut ? domain_ : 0);
-    const std::string head = PaddedRight(row.kind, 9) + "  " + PaddedLeft(row.size, 8) + "  " +
-                             PaddedRight(row.modified, 19) + "  " + PaddedRight(domain, domain_) + "  ";
-    const std::size_t used = Width(head);
-    const std::size_t room =
-        cut ? std::max<std::size_t>(screen_.width - std::min(used, screen_.width), 12) : 0;
-    output_.Write(head + ElidedMiddle(row.path, room) + '\n');
+    line_.clear();
+    AddCell(row.kind, 9);
+    AddCell(TerminalText::PaddedLeft(row.size, 8), 8);
+    AddCell(row.modified, 19);
+    AddCell(cut ? TerminalText::ElidedMiddle(row.domain, domain_) : row.domain, domain_);
+    const std::size_t used = TerminalText::Width(line_);
+    const std::size_t room = std::max<std::size_t>(screen_.width - std::min(used, screen_.width), 12);
+    line_ += cut ? TerminalText::ElidedMiddle(row.path, room) : row.path;
+    line_ += '\n';
+    output_.Write(line_);
+  }
+
+  // Appends `text`, padded to `width` columns, and the gap before the next cell.
+  void AddCell(std::string_view text, std::size_t width) {
+    const std::size_t own = TerminalText::Width(text);
+    line_.append(text).append((own < width ? width - own : 0) + 2, ' ');
   }
 
   Output& output_;
@@ -88,6 +96,7 @@ class Table {
   std::vector<Row> first_;
   bool measured_ = false;
   std::size_t domain_ = 0;
+  std::string line_;  // the one being printed
 };
 
 class Lister {

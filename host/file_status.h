@@ -5,13 +5,23 @@
 #include <cstdint>
 #include <string>
 
-enum class FileKind { Absent, Regular, Folder, Link, Other };
+enum class FileKind {
+  Absent,
+  Unreadable,  // whether there is a file is unknown: no permission, or an I/O error
+  Regular,
+  Folder,
+  Link,
+  Other,
+};
 
 struct FileStatus {
   FileKind kind;
   std::uint64_t size;
-  int error;  // errno when absent, else 0
+  int error;  // errno when absent or unreadable, else 0
 };
 
-// Throws Failure when it is unknown whether there is a file: no permission, or an I/O error.
+// The status of the file at `path`, which is relative to the open folder with the descriptor `folder`.
+FileStatus StatusAt(int folder, const char* path);
+
+// The same for a path of its own. Throws Failure when it is unreadable.
 FileStatus StatusOf(const std::string& path);

@@ -41,6 +41,14 @@ struct Entry {
   EntryKind kind = EntryKind::File;
   std::optional<std::uint64_t> size;
   std::optional<long> modified;  // seconds since 1970
+
+  // As a new entry, with the memory of the old texts.
+  void Clear() {
+    for (std::string* const text : {&id, &domain, &path}) text->clear();
+    kind = EntryKind::File;
+    size.reset();
+    modified.reset();
+  }
 };
 
 class Manifest {

@@ -4,6 +4,7 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <array>
 
 #include "common/utils.h"
 #include "failure.h"
@@ -20,7 +21,7 @@ constexpr char kRows[] = "SELECT fileID, domain, relativePath, flags, file FROM 
 constexpr char kLastRow[] = "SELECT max(rowid) FROM Files";
 enum Column : int { kId, kDomain, kPath, kFlags, kFile };
 
-constexpr int kLongestText = 65534;        // bytes, as in the record file of the other generation
+constexpr std::size_t kLongestText = 65534;        // bytes, as in the record file of the other generation
 constexpr std::uint64_t kSmallestRow = 8;  // bytes: two of pointer, two of prefix, a header for five columns
 
 // Why the rows cannot be read, after the statement for them failed with `code`.
@@ -53,6 +54,11 @@ std::string Reason(sqlite3* database, int code) {
   return message;
 }
 
+struct Value {
+  int type;
+  std::size_t length;  // in bytes, of a text or blob
+};
+
 class DatabaseReader final : public Manifest {
  public:
   explicit DatabaseReader(const std::string& path)
@@ -71,15 +77,15 @@ class DatabaseReader final : public Manifest {
   }
 
   Next Read(Entry& entry) override {
-    entry = {};
+    entry.Clear();
     if (step_ == SQLITE_DONE) return Next::End;
     if (step_ != SQLITE_ROW || rows_read_ == most_rows_ || bytes_read_ > most_bytes_) {
       step_ = SQLITE_DONE;
       return Next::Truncated;
     }
-    const bool usable = ReadRow(entry);
     ++rows_read_;
-    bytes_read_ += RowBytes();
+    Measure();
+    const bool usable = ReadRow(entry);
     step_ = sqlite3_step(rows_.get());
     return usable ? Next::Entry : Next::Damaged;
   }
@@ -126,34 +132,35 @@ class DatabaseReader final : public Manifest {
                  : 0;
   }
 
-  // The bytes of the row's texts and blobs.
-  std::uint64_t RowBytes() {
-    std::uint64_t bytes = 0;
-    for (int column = kId; column <= kFile; ++column) {
-      const int type = sqlite3_column_type(rows_.get(), column);
-      if (type != SQLITE_TEXT && type != SQLITE_BLOB) continue;
-      bytes += static_cast<std::uint64_t>(sqlite3_column_bytes(rows_.get(), column));
+  // Reads the type of each column, and the length of a text or blob.
+  void Measure() {
+    int column = kId;
+    for (Value& value : values_) {
+      value.type = sqlite3_column_type(rows_.get(), column);
+      const bool has_bytes = value.type == SQLITE_TEXT || value.type == SQLITE_BLOB;
+      value.length =
+          has_bytes ? static_cast<std::size_t>(sqlite3_column_bytes(rows_.get(), column)) : 0;
+      bytes_read_ += value.length;
+      ++column;
     }
-    return bytes;
   }
 
   // False when the column is not a valid text of an entry.
   bool ReadText(Column column, std::string& text) {
-    if (sqlite3_column_type(rows_.get(), column) != SQLITE_TEXT) return false;
+    const auto [type, length] = values_.at(column);
+    if (type != SQLITE_TEXT || length > kLongestText) return false;
     const unsigned char* const bytes = sqlite3_column_text(rows_.get(), column);
-    const int length = sqlite3_column_bytes(rows_.get(), column);
-    if (bytes == nullptr || length > kLongestText) return false;
-    text.assign(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(length));
+    if (bytes == nullptr) return false;
+    text.assign(reinterpret_cast<const char*>(bytes), length);
     return text.find('\0') == std::string::npos;
   }
 
   bool ReadDescription(Entry& entry) {
-    const int type = sqlite3_column_type(rows_.get(), kFile);
+    const auto [type, length] = values_[kFile];
     if (type == SQLITE_NULL) return true;
     if (type != SQLITE_BLOB) return false;
     const void* const bytes = sqlite3_column_blob(rows_.get(), kFile);
-    const int length = sqlite3_column_bytes(rows_.get(), kFile);
-    return DecodeKeyedArchive(static_cast<const char*>(bytes), static_cast<std::size_t>(length), entry);
+    return DecodeKeyedArchive(static_cast<const char*>(bytes), length, entry);
   }
 
   bool ReadRow(Entry& entry) {
@@ -161,7 +168,7 @@ class DatabaseReader final : public Manifest {
     const bool id = ReadText(kId, entry.id);
     const bool domain = ReadText(kDomain, entry.domain);
     const bool path = ReadText(kPath, entry.path);
-    if (!id || !domain || !path || sqlite3_column_type(rows_.get(), kFlags) != SQLITE_INTEGER) return false;
+    if (!id || !domain || !path || values_[kFlags].type != SQLITE_INTEGER) return false;
     const std::optional<EntryKind> kind = KindOf(sqlite3_column_int64(rows_.get(), kFlags), kDatabaseKinds);
     if (!kind) return false;
     entry.kind = *kind;
@@ -172,6 +179,7 @@ class DatabaseReader final : public Manifest {
   Database database_;
   Statement rows_;
   int step_ = SQLITE_DONE;
+  std::array<Value, kFile + 1> values_{};  // of the current row
   std::uint64_t rows_read_ = 0;
   std::uint64_t bytes_read_ = 0;
   std::uint64_t most_rows_ = 0;

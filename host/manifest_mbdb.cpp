@@ -37,7 +37,7 @@ class RecordFile final : public Manifest {
   }
 
   Next Read(Entry& entry) override {
-    entry = {};
+    entry.Clear();
     if (ended_ || AtEnd()) return Next::End;
     std::array<unsigned char, kFixedSize> fixed{};
     if (!ReadRecord(entry, fixed)) {

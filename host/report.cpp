@@ -18,10 +18,6 @@ using TerminalText::Escaped;
 using TerminalText::PaddedLeft;
 using TerminalText::PaddedRight;
 
-std::string_view NameOf(ProblemKind kind) {
-  return kProblemNames.at(static_cast<std::size_t>(kind));
-}
-
 std::string_view LayoutOf(const Report& report) {
   return report.two_level ? "two-level" : "flat";
 }
@@ -84,14 +80,13 @@ std::string NamesOf(const Problem& problem, const Text& text) {
 void AddProblems(const Report& report, Text& text) {
   constexpr std::size_t kShown = 20;
   std::size_t shown = 0;
-  for (std::size_t index = 0; index < kProblemNames.size(); ++index) {
-    const auto kind = static_cast<ProblemKind>(index);
-    const std::uint64_t count = report.Count(kind);
+  for (const ProblemKindNames& row : kProblemKinds) {
+    const std::uint64_t count = report.problems.Count(row.kind);
     if (count == 0) continue;
-    text.Line(fmt::format("  {}: {}", NameOf(kind), Count(count)));
+    text.Line(fmt::format("  {}: {}", row.name, Count(count)));
     for (const Problem& problem : report.problems) {
       if (shown == kShown) break;
-      if (problem.kind != kind) continue;
+      if (problem.kind != row.kind) continue;
       ++shown;
       text.Line(NamesOf(problem, text));
     }
@@ -135,23 +130,54 @@ void AddExtensions(const Report& report, Text& text) {
 
 }  // namespace
 
-std::uint64_t Report::Count(ProblemKind kind) const {
-  const auto count =
-      std::count_if(problems.begin(), problems.end(), [kind](const Problem& p) { return p.kind == kind; });
-  return static_cast<std::uint64_t>(count);
+void Problems::Add(Problem problem) {
+  ++counts_.at(static_cast<std::size_t>(problem.kind));
+  list_.push_back(std::move(problem));
+}
+
+void Problems::Merge(Problems&& other) {
+  for (std::size_t kind = 0; kind < counts_.size(); ++kind) counts_.at(kind) += other.counts_.at(kind);
+  const auto own = static_cast<std::ptrdiff_t>(list_.size());
+  list_.insert(list_.end(), std::move_iterator(other.list_.begin()), std::move_iterator(other.list_.end()));
+  std::inplace_merge(list_.begin(), list_.begin() + own, list_.end(),
+                     [](const Problem& a, const Problem& b) { return a.record < b.record; });
+}
+
+void Report::CoverTime(long time) {
+  if (!modified) modified = {time, time};
+  modified = {std::min(modified->first, time), std::max(modified->second, time)};
+}
+
+void Report::Merge(Report&& other) {
+  listed += other.listed;
+  present += other.present;
+  bytes += other.bytes;
+  property_lists_read += other.property_lists_read;
+  for (const auto& [name, total] : other.domains) {
+    domains[name].files += total.files;
+    domains[name].bytes += total.bytes;
+  }
+  for (const auto& [name, count] : other.extensions) extensions[name] += count;
+  for (const auto& [name, count] : other.months) months[name] += count;
+  if (other.modified) {
+    CoverTime(other.modified->first);
+    CoverTime(other.modified->second);
+  }
+  truncated |= other.truncated;
+  problems.Merge(std::move(other.problems));
 }
 
 std::string ReportAsJson(const Report& report) {
   Json json = {{"root", report.root}, {"layout", LayoutOf(report)}, {"device", Json::object()}};
   for (const auto& [key, value] : report.device) json["device"][key] = value;
-  json["files"] = {{"listed", report.listed},
-                   {"present", report.present},
-                   {"missing", report.Count(ProblemKind::Missing)},
-                   {"mismatched_id", report.Count(ProblemKind::MismatchedId)},
-                   {"wrong_size", report.Count(ProblemKind::WrongSize)},
-                   {"bytes", report.bytes}};
+  json["files"] = {{"listed", report.listed}, {"present", report.present}};
+  for (const ProblemKindNames& row : kProblemKinds) {
+    if (!row.counts_in_json.empty())
+      json["files"][std::string(row.counts_in_json)] = report.problems.Count(row.kind);
+  }
+  json["files"]["bytes"] = report.bytes;
   json["property_lists"] = {{"read", report.property_lists_read},
-                            {"damaged", report.Count(ProblemKind::DamagedPropertyList)}};
+                            {"damaged", report.problems.Count(ProblemKind::DamagedPropertyList)}};
   json["domains"] = Json::object();
   // emplace_back: operator[] of an ordered object is linear in its keys.
   auto& domains = json["domains"].get_ref<Json::object_t&>();
@@ -191,11 +217,11 @@ std::string ReportAsText(const Report& report, const Screen& screen) {
   text.Heading("Files");
   text.Field("Listed", Count(report.listed));
   text.Field("Present", fmt::format("{} ({})", Count(report.present), TerminalText::Size(report.bytes)));
-  text.Field("Missing", Count(report.Count(ProblemKind::Missing)));
-  text.Field("Mismatched id", Count(report.Count(ProblemKind::MismatchedId)));
-  text.Field("Wrong size", Count(report.Count(ProblemKind::WrongSize)));
+  for (const ProblemKindNames& row : kProblemKinds) {
+    if (!row.counts_in_text.empty()) text.Field(row.counts_in_text, Count(report.problems.Count(row.kind)));
+  }
   text.Field("Property lists", fmt::format("{} read, {} damaged", Count(report.property_lists_read),
-                                           Count(report.Count(ProblemKind::DamagedPropertyList))));
+                                           Count(report.problems.Count(ProblemKind::DamagedPropertyList))));
   AddDomains(report, text);
   AddExtensions(report, text);
   return text.Take();

@@ -13,17 +13,58 @@
 
 #include "output.h"
 
-enum class ProblemKind { Missing, MismatchedId, WrongSize, DamagedPropertyList, DamagedRecord };
+enum class ProblemKind { Missing, Unreadable, MismatchedId, WrongSize, DamagedPropertyList, DamagedRecord };
 
-// The name of each kind, in the order of the enumeration.
-inline constexpr std::array<std::string_view, 5> kProblemNames = {"missing", "mismatched-id", "wrong-size",
-                                                                  "damaged-property-list", "damaged-record"};
+// What a kind is called, and whether and as what it counts among the files; empty where it does not.
+struct ProblemKindNames {
+  ProblemKind kind;
+  std::string_view name;
+  std::string_view counts_in_text;
+  std::string_view counts_in_json;
+};
+
+// In the order of the enumeration.
+inline constexpr auto kProblemKinds = std::to_array<ProblemKindNames>({
+    {ProblemKind::Missing, "missing", "Missing", "missing"},
+    {ProblemKind::Unreadable, "unreadable", "Unreadable", ""},
+    {ProblemKind::MismatchedId, "mismatched-id", "Mismatched id", "mismatched_id"},
+    {ProblemKind::WrongSize, "wrong-size", "Wrong size", "wrong_size"},
+    {ProblemKind::DamagedPropertyList, "damaged-property-list", "", ""},
+    {ProblemKind::DamagedRecord, "damaged-record", "", ""},
+});
+
+inline std::string_view NameOf(ProblemKind kind) {
+  return kProblemKinds.at(static_cast<std::size_t>(kind)).name;
+}
 
 struct Problem {
   ProblemKind kind;
   std::string id;  // computed; the manifest's own for a mismatched identifier or damaged record
   std::string domain;
   std::string path;
+  std::uint64_t record = 0;  // of the manifest, from 1; 0: of none
+};
+
+// Problems in the manifest's order, and how many there are of each kind.
+class Problems {
+ public:
+  // Adds a problem of the same record as the last one, or of a later record.
+  void Add(Problem problem);
+
+  // Adds the problems of other records.
+  void Merge(Problems&& other);
+
+  std::uint64_t Count(ProblemKind kind) const { return counts_.at(static_cast<std::size_t>(kind)); }
+
+  std::size_t size() const { return list_.size(); }
+  bool empty() const { return list_.empty(); }
+  auto begin() const { return list_.begin(); }
+  auto end() const { return list_.end(); }
+  const Problem& operator[](std::size_t at) const { return list_[at]; }
+
+ private:
+  std::vector<Problem> list_;
+  std::array<std::uint64_t, kProblemKinds.size()> counts_{};
 };
 
 struct DomainTotal {
@@ -47,13 +88,15 @@ struct Report {
   std::map<std::string, std::uint64_t> months;
   std::optional<std::pair<long, long>> modified;  // the earliest and the latest
 
-  std::vector<Problem> problems;
-
-  // Linear in the number of problems.
-  std::uint64_t Count(ProblemKind kind) const;
-
+  Problems problems;
   bool truncated = false;  // the manifest after the last damaged record is unread
   std::string elapsed;
+
+  // Extends `modified` to `time`.
+  void CoverTime(long time);
+
+  // Adds what `other` found in other records of the same manifest.
+  void Merge(Report&& other);
 };
 
 // One JSON object on one line, in ASCII.

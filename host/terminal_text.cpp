@@ -69,6 +69,9 @@ std::string TerminalText::ValidUtf8(std::string_view text) {
 }
 
 std::string TerminalText::Escaped(std::string_view text) {
+  // Fast path: names again.
+  const bool plain = std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c < 0x7F; });
+  if (plain) return std::string(text);
   std::string escaped;
   ForEachCharacter(text, [&escaped](std::string_view character) { escaped += EscapedCharacter(character); });
   return escaped;

@@ -10,7 +10,7 @@ using namespace BinaryPlist;
 bool Equals(const Object& string, std::string_view text) {
   if (string.type == kAsciiString) {
     const std::string_view whole(string.body, string.count);
-    return whole.substr(0, whole.find('\0')) == text;
+    return whole.starts_with(text) && (whole.size() == text.size() || whole[text.size()] == '\0');
   }
   if (string.type != kUtf16String || string.count != text.size()) return false;
   for (std::size_t at = 0; at < text.size(); ++at) {
