@@ -11,7 +11,9 @@
 #include "file_status.h"
 #include "manifest.h"
 #include "owners.h"
+#include "page.h"
 #include "progress.h"
+#include "replace_file.h"
 #include "report.h"
 #include "terminal_text.h"
 
@@ -20,6 +22,7 @@ namespace {
 struct Options {
   std::string root;
   bool json = false;
+  std::optional<std::string> html;  // where to write the page
 };
 
 // The text of a string or date node; none for any other.
@@ -155,6 +158,7 @@ class Inspection {
 
 ExitStatus Run(const Options& options) {
   const Report report = Inspection(options.root).Run();
+  if (options.html) ReplaceFile(*options.html, ReportAsPage(report));
   Output output;
   output.Write(options.json ? ReportAsJson(report) : ReportAsText(report, Screen::OfStandardOutput()));
   output.Flush();
@@ -169,5 +173,6 @@ void AddInspect(CLI::App& app, ExitStatus& status) {
   command->footer("Example:\n  hostutil inspect backup --json");
   command->add_option("ROOT", options->root, "the backup's folder")->required();
   command->add_flag("--json", options->json, "one JSON object");
+  command->add_option("--html", options->html, "also write the report to FILE, as a page")->type_name("FILE");
   command->callback([options, &status] { status = Run(*options); });
 }

@@ -168,9 +168,10 @@ ExitStatus Run(const Options& options) {
 
 void AddPlist(CLI::App& app, ExitStatus& status) {
   const auto options = std::make_shared<Options>();
-  CLI::App* const command = app.add_subcommand("plist", "Print a property list of either encoding as XML");
+  CLI::App* const command =
+      app.add_subcommand("plist", "Print a property list of either encoding, as XML or JSON");
   command->footer("Example:\n  hostutil plist Info.plist --json");
   command->add_option("FILE", options->file, "the property list")->required();
-  command->add_flag("--json", options->json, "one JSON value");
+  command->add_flag("--json", options->json, "JSON");
   command->callback([options, &status] { status = Run(*options); });
 }
