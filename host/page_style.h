@@ -43,7 +43,7 @@ tr { border-bottom: 1px solid var(--line); }
 th, td { padding: .3rem .8rem .3rem 0; text-align: left; vertical-align: top; }
 th:last-child, td:last-child { padding-right: 0; }
 tbody th { color: inherit; }
-.chart tbody th { width: 42%; }
+.chart tbody th { width: 45%; }
 .chart .number { width: 1%; text-align: right; white-space: nowrap; }
 .chart svg { display: block; margin-top: .35rem; fill: var(--bar); }
 .problems { table-layout: fixed; }
