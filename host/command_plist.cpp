@@ -44,18 +44,15 @@ std::string AsXml(plist_t node) {
   return xml == nullptr ? std::string() : std::string(xml.get(), length);
 }
 
-// What the XML of a node that is no container has between its tags, without white space; empty for <date/>.
-// libplist's XML has what its functions do not offer in every release: dates more than 68 years from 2001,
-// the sign of an integer, and data as base64.
+// The text between the tags of a leaf's XML, without white space; empty for <date/>. In every release of
+// libplist only the XML has dates more than 68 years from 2001, the sign of an integer, and data as base64.
 std::string XmlContents(plist_t leaf) {
   const std::string xml = AsXml(leaf);
   const std::size_t root = xml.find("<plist");
   if (root == std::string::npos) return "";
   const std::size_t start = xml.find('>', xml.find('<', root + 1)) + 1;
   std::string contents = xml.substr(start, xml.find('<', start) - start);
-  contents.erase(
-      std::remove_if(contents.begin(), contents.end(), [](char c) { return c == '\n' || c == '\t'; }),
-      contents.end());
+  std::erase_if(contents, [](char c) { return c == '\n' || c == '\t'; });
   return contents;
 }
 
@@ -157,7 +154,7 @@ ExitStatus Run(const Options& options) {
     output.Write(AsJson(plist.get()).dump(-1, ' ', true, Json::error_handler_t::replace) + '\n');
   } else {
     const std::string xml = AsXml(plist.get());
-    if (xml.empty()) throw Failure(options.file + ": libplist cannot write it as XML");
+    if (xml.empty()) throw Failure(options.file + ": cannot be written as XML");
     output.Write(TerminalWidth(STDOUT_FILENO) != 0 ? EscapedLines(xml) : xml);
   }
   output.Flush();
