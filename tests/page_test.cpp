@@ -40,9 +40,9 @@ TEST(Page, HoldsTheReportAndLoadsNothing) {
     const Page page = PageOf(backup, 0);
     for (const std::string fact :
          {" Sample device No problems: 40 files checked ", " listed 40 present 40 size ",
-          " property lists read 8 missing 0 mismatched id 0 wrong size 0 ", " Serial Number SAMPLE000001 ",
-          " Months covered 2023-01 to 2023-02 ", " Extension Files txt 16 jpg 12 plist 8 sqlite 4 ",
-          " Month Files 2023-02 9 2023-01 31 "}) {
+          " property lists read 8 missing 0 ", " mismatched id 0 wrong size 0 ",
+          " Serial Number SAMPLE000001 ", " Months covered 2023-01 to 2023-02 ",
+          " Extension Files txt 16 jpg 12 plist 8 sqlite 4 ", " Month Files 2023-02 9 2023-01 31 "}) {
       EXPECT_THAT(page.text, HasSubstr(fact));
     }
     EXPECT_THAT(page.text, HasSubstr(" Layout " + layout + ' '));
