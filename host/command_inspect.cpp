@@ -14,7 +14,9 @@
 #include "common/utils.h"
 #include "manifest.h"
 #include "owners.h"
+#include "page.h"
 #include "progress.h"
+#include "replace_file.h"
 #include "report.h"
 #include "terminal_text.h"
 
@@ -24,6 +26,7 @@ struct Options {
   std::string root;
   bool json = false;
   std::size_t jobs = std::max(std::thread::hardware_concurrency(), 1U);
+  std::optional<std::string> html;  // where to write the page
 };
 
 // The text of a string or date node; none for any other.
@@ -230,6 +233,7 @@ ExitStatus Run(const Options& options) {
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(elapsed).count();
   report.root = options.root;
   report.elapsed = AdoptText(Utils::ConvertSecondsToTime(static_cast<std::uint32_t>(seconds)));
+  if (options.html) ReplaceFile(*options.html, ReportAsPage(report));
   Output output;
   output.Write(options.json ? ReportAsJson(report) : ReportAsText(report, Screen::OfStandardOutput()));
   output.Flush();
@@ -247,5 +251,6 @@ void AddInspect(CLI::App& app, ExitStatus& status) {
   command->add_option("--jobs", options->jobs, "threads, 1 to 256; by default one for each processor core")
       ->check(CLI::Range(1, 256))
       ->type_name("N");
+  command->add_option("--html", options->html, "also write the report to FILE, as a page")->type_name("FILE");
   command->callback([options, &status] { status = Run(*options); });
 }

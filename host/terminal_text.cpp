@@ -26,22 +26,35 @@ void ForEachCharacter(std::string_view text, Visit visit) {
   }
 }
 
+// REQUIRES: one character of well-formed UTF-8.
+unsigned CodePoint(std::string_view character) {
+  const std::size_t length = character.size();
+  unsigned code = ByteAt(character, 0) & (length == 1 ? 0x7FU : 0x7FU >> length);
+  for (std::size_t at = 1; at < length; ++at) code = code << 6 | (ByteAt(character, at) & 0x3FU);
+  return code;
+}
+
+// U+061C and the marks, embeddings, overrides and isolates of U+2000: they change the order in which the text
+// around them is shown.
+bool IsBidirectionalControl(unsigned code) {
+  return code == 0x61C || code == 0x200E || code == 0x200F || (code >= 0x202A && code <= 0x202E) ||
+         (code >= 0x2066 && code <= 0x2069);
+}
+
 std::string EscapedCharacter(std::string_view character) {
-  const unsigned char first = ByteAt(character, 0);
-  if (character.size() == 1 && (first < 0x20 || first == 0x7F)) {
-    switch (first) {
-      case '\n':
-        return "\\n";
-      case '\r':
-        return "\\r";
-      case '\t':
-        return "\\t";
-      default:
-        return fmt::format("\\x{:02x}", first);
-    }
+  const unsigned code = CodePoint(character);
+  switch (code) {
+    case '\n':
+      return "\\n";
+    case '\r':
+      return "\\r";
+    case '\t':
+      return "\\t";
+    default:
+      if (code < 0x20 || code == 0x7F) return fmt::format("\\x{:02x}", code);
+      const bool escaped = (code >= 0x80 && code < 0xA0) || IsBidirectionalControl(code);
+      return escaped ? fmt::format("\\u{:04x}", code) : std::string(character);
   }
-  if (first == 0xC2 && ByteAt(character, 1) < 0xA0) return fmt::format("\\u{:04x}", ByteAt(character, 1));
-  return std::string(character);
 }
 
 bool ContinuesCharacter(char byte) {

@@ -15,7 +15,8 @@ namespace TerminalText {
 // `text` with every byte that is not part of valid UTF-8 replaced by U+FFFD.
 std::string ValidUtf8(std::string_view text);
 
-// ValidUtf8 with control characters escaped, so that no text can send commands to the terminal.
+// ValidUtf8 with control characters escaped, the bidirectional ones too: no text can send commands to the
+// terminal or reorder what is shown.
 std::string Escaped(std::string_view text);
 
 std::size_t Width(std::string_view text);

@@ -22,6 +22,7 @@ debian_packages() {
     bench) echo libbenchmark-dev libabsl-dev gnuplot-nox python3 ;;
     fuzz) echo clang-14 libclang-rt-14-dev ;;
     docs) echo doxygen ;;
+    page) echo chromium poppler-utils ;;
     package) echo dpkg-dev file ;;
     systems) echo git debootstrap ;;
     libc++) echo clang libc++-dev libc++abi-dev googletest ;;

@@ -12,6 +12,9 @@ _hostutil() {
     --layout)
       mapfile -t COMPREPLY < <(compgen -W "two-level flat" -- "$word")
       return ;;
+    --html)
+      mapfile -t COMPREPLY < <(compgen -f -- "$word")
+      return ;;
     --match | --domain | --files)
       return ;;
   esac

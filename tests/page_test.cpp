@@ -1,0 +1,136 @@
+// hostutil inspect --html FILE
+
+#include <gmock/gmock.h>
+
+#include <regex>
+
+#include "support/program.h"
+
+namespace {
+
+using testing::AllOf;
+using testing::FieldsAre;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing::Not;
+
+struct Page {
+  std::string html;
+  std::string text;  // what is between the tags, with one space for each run of them
+};
+
+// Inspects the backup, which must end with `status`.
+Page PageOf(const SampleBackup& backup, int status) {
+  EXPECT_THAT(backup.Run("hostutil inspect . --html ../page.html"), FieldsAre(status, Not(""), ""));
+  Page page{ReadFile(backup.folder.Path("page.html")), ""};
+  page.text = std::regex_replace(page.html, std::regex("<wbr>"), "");
+  page.text = std::regex_replace(page.text, std::regex("(<[^>]*>|\n)+"), " ");
+  return page;
+}
+
+std::size_t Occurrences(const std::string& text, const std::string& part) {
+  std::size_t count = 0;
+  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
+  return count;
+}
+
+TEST(Page, HoldsTheReportAndLoadsNothing) {
+  for (const std::string layout : {"two-level", "flat"}) {
+    const SampleBackup backup(layout);
+    const Page page = PageOf(backup, 0);
+    for (const std::string fact :
+         {" Sample device No problems: 40 files checked ", " listed 40 present 40 size ",
+          " property lists read 8 missing 0 ", " mismatched id 0 wrong size 0 ",
+          " Serial Number SAMPLE000001 ", " Months covered 2023-01 to 2023-02 ",
+          " Extension Files txt 16 jpg 12 plist 8 sqlite 4 ", " Month Files 2023-02 9 2023-01 31 "}) {
+      EXPECT_THAT(page.text, HasSubstr(fact));
+    }
+    EXPECT_THAT(page.text, HasSubstr(" Layout " + layout + ' '));
+    EXPECT_THAT(page.html, HasSubstr("content=\"default-src 'none'; style-src 'unsafe-inline'; "));
+    EXPECT_THAT(page.html, HasSubstr("<rect width=\"75.0%\" "));  // 12 of 16
+    EXPECT_FALSE(
+        std::regex_search(page.html, std::regex("<(script|link|img|iframe)|src=|url\\(|@import|//")));
+    EXPECT_THAT(page.text, Not(HasSubstr("Identifier")));
+
+    EXPECT_EQ(backup
+                  .Run("rm $note; hostutil inspect . --json --html ../page.html >../json; "
+                       "hostutil inspect . --json | cmp - ../json")
+                  .status,
+              0);
+    EXPECT_THAT(PageOf(backup, 1).text, HasSubstr(" Identifier missing HomeDomain " + kNote + ' '));
+  }
+}
+
+TEST(Page, EscapesEveryText) {
+  const std::pair<std::string, std::string> texts[] = {
+      {"</title><script>alert(1)</script>", "&lt;/title&gt;&lt;script&gt;alert(1)&lt;/script&gt;"},
+      {"\" onload='x'", "&quot; onload=&#39;x&#39;"},
+      {"&lt;", "&amp;lt;"},
+      {"\xE2\x80\xAEtxt.exe", "\\u202etxt.exe"},
+      {"\xE2\x81\xA6 \xE2\x80\x8F \xD8\x9C", "\\u2066 \\u200f \\u061c"},
+      {"\x1b[2J\xC2\x9B", "\\x1b[2J\\u009b"},
+      {"\x80\xC0\xAF", "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"},
+      {std::string(3000, 'x'), std::string(500, 'x') + "\xE2\x80\xA6" + std::string(499, 'x')}};
+  for (const auto& [text, escaped] : texts) {
+    std::string hex;
+    for (const char byte : text) {
+      constexpr char kDigits[] = "0123456789abcdef";
+      const auto value = static_cast<unsigned char>(byte);
+      hex += {kDigits[value >> 4], kDigits[value & 15]};
+    }
+    const std::string sql = "CAST(x'" + hex + "' AS TEXT)";
+    const SampleBackup backup("two-level", 0);
+    backup.folder.Write("backup/Info.plist", "<plist><dict><key>Device Name</key><string><![CDATA[" + text +
+                                                 "]]></string></dict></plist>");
+    const std::string id = Utils::CalcFileID(text.c_str(), text.c_str());
+    backup.folder.Write("backup/" + id.substr(0, 2) + '/' + id, "");
+    backup.Run("", "INSERT INTO Files VALUES (" + sql + ',' + sql + ',' + sql + ",1,null)");
+    const Page page = PageOf(backup, 1);
+    EXPECT_THAT(page.html, Not(HasSubstr(text)));
+    // The title, the heading and the device's name; the problem's three columns; the domain.
+    EXPECT_EQ(Occurrences(std::regex_replace(page.html, std::regex("<wbr>"), ""), escaped), 7U) << escaped;
+  }
+}
+
+TEST(Page, ShowsTheFirstThousandProblemsAndTheLargestDomains) {
+  const SampleBackup backup("two-level", 0);
+  backup.Run(
+      "for i in $(seq 20); do f=$(hostutil locate . d$i f.x$i --create | sed -n 's/^Stored at *//p'); "
+      "printf %0${i}d 0 >$f; done",
+      "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n WHERE i<1234)"
+      "INSERT INTO Files SELECT i,'d'||i,'f.x'||i,2-(i<21),null FROM n");
+  const Page page = PageOf(backup, 1);
+  EXPECT_EQ(Occurrences(page.html, "<tr><td>mismatched id</td>"), 1000U);
+  for (const std::string fact : {" 1,234 problems ", " mismatched id d1000 f.x1000 1000 and 234 more; ",
+                                 " size 210 B 210 bytes ", " Files Size d20 1 20 B d19 1 19 B ",
+                                 " d9 1 9 B 8 other domains 8 36 B ", " 8 other extensions 8 "}) {
+    EXPECT_THAT(page.text, HasSubstr(fact));
+  }
+}
+
+TEST(Page, IsWrittenAsAWholeOrNotAtAll) {
+  const SampleBackup backup("flat");
+  const std::string longest(255, 'n');
+  backup.Run("mkdir ../to ../to/folder; mkfifo ../to/pipe; ln -s old ../to/link; echo old >../to/old");
+  const std::string names = "cd ../to; find . | sort; cat old";
+  const std::string before = backup.Run(names).out;
+  const struct {
+    std::string setup, file, reason;
+  } failures[] = {{"", "none/page", "No such file or directory"}, {"", "old/page", "Not a directory"},
+                  {"", "folder", "is not a regular file"},        {"", "pipe", "is not a regular file"},
+                  {"", "link", "is not a regular file"},          {"", longest + 'n', "File name too long"},
+                  {"ulimit -f 4;", "old", "File too large"},      {"ulimit -f 4;", "new", "File too large"}};
+  for (const auto& [setup, file, reason] : failures) {
+    EXPECT_THAT(backup.Run(setup + "hostutil inspect . --html ../to/" + file),
+                FieldsAre(2, "", "hostutil: ../to/" + file + ": " + reason + '\n'));
+    EXPECT_EQ(backup.Run(names).out, before) << file;
+  }
+  for (const std::string& file : {std::string("old"), longest}) {
+    EXPECT_EQ(backup.Run("umask 027; hostutil inspect . --html ../to/" + file + " >/dev/null").err, "");
+    EXPECT_THAT(backup.Run("cd ../to; stat -c %a " + file + "; head -1 " + file).out,
+                "640\n<!DOCTYPE html>\n");
+  }
+  EXPECT_EQ(backup.Run("ls -A ../to | wc -l").out, "5\n");
+}
+
+}  // namespace
