@@ -13,7 +13,7 @@ std::string WithSeparator(const std::string& root) {
   return Utils::EndWith(root, "/") ? root : root + '/';
 }
 
-BackupFolder::BackupFolder(const std::string& root) : root_(WithSeparator(root)) {
+BackupFolder::BackupFolder(const std::string& root) : name_(root), root_(WithSeparator(root)) {
   // The trailing "/" follows a link: the user chose the root, so it may be one.
   const FileStatus status = StatusOf(root_);
   if (status.kind == FileKind::Absent) throw Failure(root + ": " + std::strerror(status.error));

@@ -15,6 +15,7 @@ class BackupFolder {
   // Manifest.mbdb (flat).
   explicit BackupFolder(const std::string& root);
 
+  const std::string& Root() const { return name_; }  // as the user named it
   bool TwoLevel() const { return two_level_; }
   const std::string& ManifestPath() const { return manifest_; }
 
@@ -31,6 +32,7 @@ class BackupFolder {
   bool FindManifest(const char* name);
   bool IsFolder(const std::string& path);
 
+  std::string name_;
   std::string root_;  // ends with "/"
   std::string manifest_;
   bool two_level_;

@@ -8,6 +8,7 @@
 #include "common/libplist.h"
 #include "common/plist_util.h"
 #include "common/utils.h"
+#include "encryption.h"
 #include "file_status.h"
 #include "manifest.h"
 #include "owners.h"
@@ -42,7 +43,9 @@ std::string LowerCase(std::string text) {
 
 class Inspection {
  public:
-  explicit Inspection(const std::string& root) : folder_(root), manifest_(OpenManifest(folder_)) {
+  explicit Inspection(const std::string& root) : folder_(root) {
+    RefuseEncrypted(folder_);
+    manifest_ = OpenManifest(folder_);
     report_.root = root;
     report_.two_level = folder_.TwoLevel();
   }

@@ -1,4 +1,4 @@
-// hostutil: reads, checks and searches a device backup.
+// hostutil: reads, checks, searches and compares device backups, and copies files out of them.
 
 #include <fcntl.h>
 #include <glog/logging.h>
@@ -22,6 +22,7 @@ constexpr char kExamples[] =
     "  hostutil sample backup --files 500\n"
     "  hostutil inspect backup\n"
     "  hostutil list backup --domain HomeDomain --match '.*\\.plist'\n"
+    "  hostutil extract backup files --domain HomeDomain\n"
     "  hostutil locate backup HomeDomain Documents/note-7.txt\n"
     "  hostutil plist backup/Info.plist\n"
     "\n"
@@ -55,7 +56,9 @@ ExitStatus Run(int argc, const char* const* argv) {
   app.set_version_flag("--version", "hostutil " HOSTUTIL_VERSION, "print the version");
   app.footer(kExamples);
   ExitStatus status = ExitStatus::Fine;
-  for (AddCommand* const add : {AddInspect, AddList, AddLocate, AddPlist, AddSample}) add(app, status);
+  for (AddCommand* const add : {AddInspect, AddList, AddExtract, AddLocate, AddPlist, AddSample}) {
+    add(app, status);
+  }
   app.require_subcommand(1);
   CheckCommand(app, argc, argv);
   try {

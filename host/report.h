@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <map>
+#include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -13,11 +14,21 @@
 
 #include "output.h"
 
-enum class ProblemKind { Missing, MismatchedId, WrongSize, DamagedPropertyList, DamagedRecord };
+enum class ProblemKind {
+  Missing,
+  Unreadable,
+  MismatchedId,
+  WrongSize,
+  DamagedPropertyList,
+  DamagedRecord,
+  UnsafePath,
+  Conflict
+};
 
 // The name of each kind, in the order of the enumeration.
-inline constexpr std::array<std::string_view, 5> kProblemNames = {"missing", "mismatched-id", "wrong-size",
-                                                                  "damaged-property-list", "damaged-record"};
+inline constexpr std::array<std::string_view, 8> kProblemNames = {
+    "missing",        "unreadable",  "mismatched-id", "wrong-size", "damaged-property-list",
+    "damaged-record", "unsafe-path", "conflict"};
 
 struct Problem {
   ProblemKind kind;
@@ -61,3 +72,7 @@ std::string ReportAsJson(const Report& report);
 
 // Text for people, cut to the width of `screen`.
 std::string ReportAsText(const Report& report, const Screen& screen);
+
+// The problems alone, in the same two forms. The text is empty without problems; `truncated` as in Report.
+nlohmann::ordered_json ProblemsAsJson(const std::vector<Problem>& problems);
+std::string ProblemsAsText(const std::vector<Problem>& problems, bool truncated, const Screen& screen);
