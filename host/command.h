@@ -23,7 +23,7 @@
 // Adds the command to `app`; when the arguments name it, parsing them runs it and sets `status`.
 using AddCommand = void(CLI::App& app, ExitStatus& status);
 
-AddCommand AddExtract, AddInspect, AddList, AddLocate, AddPlist, AddSample;
+AddCommand AddDiff, AddExtract, AddInspect, AddList, AddLocate, AddPlist, AddSample;
 
 // Adds the option --layout, which sets `two_level`.
 inline void AddLayout(CLI::App* command, bool& two_level) {

@@ -23,10 +23,11 @@ constexpr char kExamples[] =
     "  hostutil inspect backup\n"
     "  hostutil list backup --domain HomeDomain --match '.*\\.plist'\n"
     "  hostutil extract backup files --domain HomeDomain\n"
+    "  hostutil diff backup newer-backup\n"
     "  hostutil locate backup HomeDomain Documents/note-7.txt\n"
     "  hostutil plist backup/Info.plist\n"
     "\n"
-    "Exit status: 0 fine, 1 the backup has problems, 2 usage or unreadable input.";
+    "Exit status: 0 fine, 1 the backup has problems or the backups differ, 2 usage or unreadable input.";
 
 // Help and version are results: standard output, with its error checks.
 ExitStatus Print(const std::string& text) {
@@ -56,7 +57,7 @@ ExitStatus Run(int argc, const char* const* argv) {
   app.set_version_flag("--version", "hostutil " HOSTUTIL_VERSION, "print the version");
   app.footer(kExamples);
   ExitStatus status = ExitStatus::Fine;
-  for (AddCommand* const add : {AddInspect, AddList, AddExtract, AddLocate, AddPlist, AddSample}) {
+  for (AddCommand* const add : {AddInspect, AddList, AddExtract, AddDiff, AddLocate, AddPlist, AddSample}) {
     add(app, status);
   }
   app.require_subcommand(1);
