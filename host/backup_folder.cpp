@@ -18,7 +18,7 @@ std::string WithSeparator(const std::string& root) {
 
 // The trailing "/" follows a link: the user chose the root, so it may be one.
 BackupFolder::BackupFolder(const std::string& root)
-    : root_(WithSeparator(root)), directory_(::opendir(root_.c_str())) {
+    : name_(root), root_(WithSeparator(root)), directory_(::opendir(root_.c_str())) {
   if (directory_ == nullptr) throw Failure(root + ": " + std::strerror(errno));
   two_level_ = FindManifest("Manifest.db");
   if (!two_level_ && !FindManifest("Manifest.mbdb")) {

@@ -18,6 +18,7 @@ class BackupFolder {
   // Manifest.mbdb (flat).
   explicit BackupFolder(const std::string& root);
 
+  const std::string& Root() const { return name_; }  // as the user named it
   bool TwoLevel() const { return two_level_; }
   const std::string& ManifestPath() const { return manifest_; }
 
@@ -32,6 +33,7 @@ class BackupFolder {
 
   bool FindManifest(const char* name);
 
+  std::string name_;
   std::string root_;  // ends with "/"
   Owners::Owner<DIR, ::closedir> directory_;
   std::string manifest_;

@@ -18,11 +18,12 @@
 #include <string>
 
 #include "failure.h"
+#include "selection.h"
 
 // Adds the command to `app`; when the arguments name it, parsing them runs it and sets `status`.
 using AddCommand = void(CLI::App& app, ExitStatus& status);
 
-AddCommand AddInspect, AddList, AddLocate, AddPlist, AddSample;
+AddCommand AddDiff, AddExtract, AddInspect, AddList, AddLocate, AddPlist, AddSample;
 
 // Adds the option --layout, which sets `two_level`.
 inline void AddLayout(CLI::App* command, bool& two_level) {
@@ -32,4 +33,10 @@ inline void AddLayout(CLI::App* command, bool& two_level) {
           "two-level (the default) or flat")
       ->check(CLI::IsMember({"two-level", "flat"}))
       ->type_name("LAYOUT");
+}
+
+// Adds the options --match and --domain.
+inline void AddSelection(CLI::App* command, SelectionOptions& options) {
+  command->add_option("--match", options.match, "only paths that match as a whole")->type_name("REGEX");
+  command->add_option("--domain", options.domain, "only this domain")->type_name("DOMAIN");
 }

@@ -12,9 +12,11 @@
 #include "common/libplist.h"
 #include "common/plist_util.h"
 #include "common/utils.h"
+#include "encryption.h"
 #include "manifest.h"
 #include "owners.h"
 #include "page.h"
+#include "platform/autorelease_pool.h"
 #include "progress.h"
 #include "replace_file.h"
 #include "report.h"
@@ -156,7 +158,10 @@ class Checker {
 // manifest. There is no queue: a thread holds at most one batch.
 class Inspection {
  public:
-  explicit Inspection(const std::string& root) : folder_(root), manifest_(OpenManifest(folder_)) {}
+  explicit Inspection(const std::string& root) : folder_(root) {
+    RefuseEncrypted(folder_);
+    manifest_ = OpenManifest(folder_);
+  }
 
   // The report on all records; its content does not depend on `jobs`, the number of threads.
   Report Run(std::size_t jobs) {
@@ -191,6 +196,7 @@ class Inspection {
       Checker checker(folder_);
       std::vector<Record> batch(kBatch);
       while (const std::size_t size = ReadBatch(batch)) {
+        const AutoreleasePool pool;
         for (std::size_t at = 0; at < size; ++at) checker.Check(batch[at]);
       }
       return checker.Take();

@@ -1,26 +1,20 @@
-#include <fmt/format.h>
-#include <fmt/ranges.h>
-
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <nlohmann/json.hpp>
-#include <regex>
 #include <vector>
 
 #include "command.h"
 #include "common/utils.h"
-#include "common/utils/pattern.h"
+#include "entry_text.h"
 #include "manifest.h"
 #include "output.h"
+#include "selection.h"
 #include "terminal_text.h"
 
 namespace {
 
 struct Options {
   std::string root;
-  std::optional<std::string> match;   // none: every path
-  std::optional<std::string> domain;  // none: every domain
+  SelectionOptions selection;
   bool json = false;
 };
 
@@ -30,15 +24,6 @@ using Json = nlohmann::ordered_json;
 struct Row {
   std::string kind, size, modified, domain, path;
 };
-
-std::string_view NameOf(EntryKind kind) {
-  constexpr std::array<std::string_view, 3> kNames = {"file", "directory", "link"};
-  return kNames.at(static_cast<std::size_t>(kind));
-}
-
-std::string DateOf(const Entry& entry) {
-  return entry.modified ? Utils::ConvertUtcToLocalDate(*entry.modified) : std::string();
-}
 
 // Prints rows in aligned columns. Widths are measured on the first 1000 rows only, which bounds memory and
 // delay.
@@ -102,94 +87,50 @@ class Table {
 class Lister {
  public:
   explicit Lister(const Options& options)
-      : options_(options),
+      : selection_(options.selection),
+        json_(options.json),
         folder_(options.root),
         screen_(Screen::OfStandardOutput()),
-        table_(output_, screen_) {
-    CompilePattern();
-    manifest_ = OpenManifest(folder_);
-  }
+        table_(output_, screen_),
+        manifest_(OpenManifest(folder_)) {}
 
   ExitStatus Run() {
-    Entry entry;
-    for (;;) {
-      const Manifest::Next next = manifest_->Read(entry);
-      if (next == Manifest::Next::End) break;
-      if (next == Manifest::Next::Truncated) {
-        truncated_ = true;
-      } else if (next == Manifest::Next::Damaged) {
-        ++damaged_;
-      } else if (Wanted(entry)) {
-        Print(entry);
-      }
-    }
+    for (Entry entry; selection_.Next(*manifest_, entry);) Print(entry);
     table_.Finish();
     output_.Flush();
-    return Outcome();
+    return selection_.ReportOmissions();
   }
 
  private:
-  // A bad pattern is reported before anything is printed.
-  void CompilePattern() {
-    if (!options_.match) return;
-    try {
-      pattern_.emplace(*options_.match);
-    } catch (const std::regex_error& error) {
-      throw Failure(fmt::format("--match {}: {}", *options_.match, error.what()));
-    }
-  }
-
-  bool Wanted(const Entry& entry) {
-    if (options_.domain && entry.domain != *options_.domain) return false;
-    if (!pattern_) return true;
-    try {
-      return pattern_->MatchesWhole(entry.path);
-    } catch (const std::regex_error&) {  // the pattern is too costly for this path
-      ++unmatched_;
-      return false;
-    }
-  }
-
   void Print(const Entry& entry) {
-    if (options_.json) {
+    if (json_) {
       output_.Write(AsJson(entry).dump(-1, ' ', true, Json::error_handler_t::replace) + '\n');
     } else {
       const std::string size = entry.size ? TerminalText::Size(*entry.size) : "-";
-      table_.Add({std::string(NameOf(entry.kind)), entry.kind == EntryKind::File ? size : "-", DateOf(entry),
-                  TerminalText::Escaped(entry.domain), TerminalText::Escaped(entry.path)});
+      table_.Add({std::string(NameOf(entry.kind)), entry.kind == EntryKind::File ? size : "-",
+                  DateOf(entry.modified), TerminalText::Escaped(entry.domain),
+                  TerminalText::Escaped(entry.path)});
     }
   }
 
   Json AsJson(const Entry& entry) const {
     const std::string id = Utils::CalcFileID(entry.domain.c_str(), entry.path.c_str());
-    Json json = {
-        {"id", id},        {"domain", entry.domain},    {"path", entry.path}, {"kind", NameOf(entry.kind)},
-        {"size", nullptr}, {"modified", DateOf(entry)}, {"stored", nullptr}};
+    Json json = {{"id", id},           {"domain", entry.domain},
+                 {"path", entry.path}, {"kind", NameOf(entry.kind)},
+                 {"size", nullptr},    {"modified", DateOf(entry.modified)},
+                 {"stored", nullptr}};
     if (entry.size) json["size"] = *entry.size;
     if (entry.kind == EntryKind::File) json["stored"] = folder_.StoredPath(id);
     return json;
   }
 
-  ExitStatus Outcome() const {
-    std::vector<std::string> faults;
-    if (damaged_ != 0) faults.push_back("left out " + TerminalText::Counted(damaged_, "damaged record"));
-    if (unmatched_ != 0) faults.push_back("could not match " + TerminalText::Counted(unmatched_, "path"));
-    if (truncated_) faults.emplace_back("could not read the rest of the manifest");
-    if (faults.empty()) return ExitStatus::Fine;
-    std::fputs(fmt::format("hostutil: {}\n", fmt::join(faults, ", ")).c_str(), stderr);
-    return ExitStatus::Problems;
-  }
-
-  const Options& options_;
+  Selection selection_;
+  bool json_;
   BackupFolder folder_;
   Output output_;
   Screen screen_;
   Table table_;
   std::unique_ptr<Manifest> manifest_;
-  std::optional<Matching::Pattern> pattern_;  // Utils::MatchString would compile it for every path
-  std::uint64_t damaged_ = 0;
-  std::uint64_t unmatched_ = 0;
-  bool truncated_ = false;
 };
 
 ExitStatus Run(const Options& options) {
@@ -203,8 +144,7 @@ void AddList(CLI::App& app, ExitStatus& status) {
   CLI::App* const command = app.add_subcommand("list", "List the files that a backup holds");
   command->footer("Example:\n  $ hostutil list backup --match '.*\\.plist'");
   command->add_option("ROOT", options->root, "the backup's folder")->required();
-  command->add_option("--match", options->match, "only paths that match as a whole")->type_name("REGEX");
-  command->add_option("--domain", options->domain, "only this domain")->type_name("DOMAIN");
+  AddSelection(command, options->selection);
   command->add_flag("--json", options->json, "one JSON object a line");
   command->callback([options, &status] { status = Run(*options); });
 }

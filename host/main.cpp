@@ -1,4 +1,4 @@
-// hostutil: reads, checks and searches a device backup.
+// hostutil: reads, checks, searches and compares device backups, and copies files out of them.
 
 #include <fcntl.h>
 #include <glog/logging.h>
@@ -21,13 +21,15 @@ namespace {
 constexpr char kFooter[] =
     "Exit status:\n"
     "  0                   fine\n"
-    "  1                   the backup has problems\n"
+    "  1                   the backup has problems, or the backups differ\n"
     "  2                   usage or unreadable input\n"
     "\n"
     "Examples:\n"
     "  $ hostutil sample backup --files 500\n"
     "  $ hostutil inspect backup\n"
     "  $ hostutil list backup --domain HomeDomain --match '.*\\.plist'\n"
+    "  $ hostutil extract backup files --domain HomeDomain\n"
+    "  $ hostutil diff backup newer-backup\n"
     "  $ hostutil locate backup HomeDomain Documents/note-7.txt\n"
     "  $ hostutil plist backup/Info.plist";
 
@@ -59,9 +61,11 @@ ExitStatus Run(int argc, const char* const* argv) {
   app.set_version_flag("--version", "hostutil " HOSTUTIL_VERSION, "print the version");
   app.footer(kFooter);
   ExitStatus status = ExitStatus::Fine;
-  for (AddCommand* const add : {AddInspect, AddList, AddLocate, AddPlist, AddSample}) add(app, status);
-  app.set_help_all_flag("--help-all",
-                        "print the help of every command");  // after the commands, which would inherit it
+  for (AddCommand* const add : {AddInspect, AddList, AddExtract, AddDiff, AddLocate, AddPlist, AddSample}) {
+    add(app, status);
+  }
+  // After the commands, which would inherit it.
+  app.set_help_all_flag("--help-all", "print the help of every command");
   app.require_subcommand(1);
   CheckCommand(app, argc, argv);
   try {

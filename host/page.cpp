@@ -75,6 +75,7 @@ void AddFigures(const Report& report, std::string& page) {
   page += Field("property lists read", Count(report.property_lists_read));
   for (const ProblemKindNames& row : kProblemKinds) {
     const std::uint64_t count = report.problems.Count(row.kind);
+    if (count == 0 && row.counts_in_text.empty()) continue;
     page += Field(KindInWords(row.kind), Count(count), count != 0 ? " class=\"bad\"" : "");
   }
   page += "</dl>\n</section>\n";

@@ -11,59 +11,68 @@
 #include "common/utils.h"
 #include "output.h"
 #include "owners.h"
+#include "signals.h"
 #include "terminal_text.h"
 
 namespace {
 
 constexpr std::string_view kClearLine = "\r\x1b[K";
-constexpr int kEndingSignals[] = {SIGINT, SIGTERM, SIGHUP};
-
 void ClearLine() {
   // Ignore errors: the terminal may be gone.
   if (::write(STDERR_FILENO, kClearLine.data(), kClearLine.size()) < 0) return;
 }
 
-// Clears the line, then ends the process by the signal.
-void EndBySignal(int signal) {
+void ClearLineAndEnd(int signal) {
   ClearLine();
-  ::signal(signal, SIG_DFL);
-  ::raise(signal);
-}
-
-void Handle(void (*handler)(int)) {
-  for (const int signal : kEndingSignals) {
-    struct sigaction action {};
-    ::sigaction(signal, nullptr, &action);
-    if (action.sa_handler == SIG_IGN) continue;
-    action.sa_handler = handler;
-    ::sigaction(signal, &action, nullptr);
-  }
+  EndBySignal(signal);
 }
 
 }  // namespace
 
 Progress::Progress() : shown_(::isatty(STDERR_FILENO) != 0) {
-  if (shown_) Handle(EndBySignal);
+  if (shown_) ReplaceHandlers(SIG_DFL, ClearLineAndEnd);
 }
 
 Progress::~Progress() {
   if (!shown_) return;
   if (drawn_) ClearLine();
-  Handle(SIG_DFL);
+  ReplaceHandlers(ClearLineAndEnd, SIG_DFL);
+}
+
+std::string Progress::Elapsed() const {
+  return AdoptText(Utils::ConvertSecondsToTime(static_cast<std::uint32_t>(Seconds())));
+}
+
+double Progress::Seconds() const {
+  return std::chrono::duration<double>(Clock::now() - start_).count();
+}
+
+bool Progress::IsDue() {
+  const Clock::time_point now = Clock::now();
+  if (now < next_) return false;
+  next_ = now + std::chrono::milliseconds(100);
+  return true;
 }
 
 void Progress::Show(Manifest& manifest) {
-  const Clock::time_point now = Clock::now();
-  if (now < next_) return;
-  next_ = now + std::chrono::milliseconds(100);
-
-  const double seconds = std::max(std::chrono::duration<double>(now - start_).count(), 1e-3);
-  std::string line =
-      fmt::format("{} entries, {}/s", TerminalText::Count(count_),
-                  TerminalText::Count(static_cast<std::uint64_t>(static_cast<double>(count_) / seconds)));
+  if (!IsDue()) return;
+  const double rate = static_cast<double>(count_) / std::max(Seconds(), 1e-3);
   const auto [done, total] = manifest.Where();
+  Draw(fmt::format("{} entries, {}/s", TerminalText::Count(count_),
+                   TerminalText::Count(static_cast<std::uint64_t>(rate))),
+       done, total);
+}
+
+void Progress::ShowBytes(std::uint64_t done, std::uint64_t total) {
+  if (!IsDue()) return;
+  Draw(fmt::format("{} of {}", TerminalText::Size(done), TerminalText::Size(total)), done, total);
+}
+
+// Adds the part done and the time left to `line`, unless the total is unknown or too small.
+void Progress::Draw(std::string line, std::uint64_t done, std::uint64_t total) {
   if (done > 0 && done <= total) {
     const double part = static_cast<double>(done) / static_cast<double>(total);
+    const double seconds = Seconds();
     const double left = std::min(seconds / part - seconds, 4e9);
     line += fmt::format(", {:.0f} %, {} left", 100 * part,
                         AdoptText(Utils::ConvertSecondsToTime(static_cast<std::uint32_t>(left))));

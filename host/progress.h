@@ -3,12 +3,14 @@
 //   Progress progress;
 //   progress.Advance(*manifest);     // for every entry; reads the clock every 16th time
 //
-// The destructor clears the line, and so does a signal that ends the process.
+// The destructor clears the line, and so does a signal that ends the process. During an Interruption that is
+// the destructor's work alone.
 
 #pragma once
 
 #include <chrono>
 #include <cstdint>
+#include <string>
 
 #include "manifest.h"
 
@@ -19,9 +21,19 @@ class Progress {
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
+  bool IsShown() const { return shown_; }
+
+  // The time since the construction, "00:00:01".
+  std::string Elapsed() const;
+
   void Advance(Manifest& manifest) {
     ++count_;
     if (shown_ && count_ % kStride == 0) Show(manifest);
+  }
+
+  // Shows bytes instead of entries.
+  void AdvanceBytes(std::uint64_t done, std::uint64_t total) {
+    if (shown_) ShowBytes(done, total);
   }
 
  private:
@@ -29,6 +41,10 @@ class Progress {
   static constexpr std::uint64_t kStride = 16;
 
   void Show(Manifest& manifest);
+  void ShowBytes(std::uint64_t done, std::uint64_t total);
+  bool IsDue();
+  double Seconds() const;
+  void Draw(std::string line, std::uint64_t done, std::uint64_t total);
 
   bool shown_;
   bool drawn_ = false;

@@ -58,15 +58,6 @@ class Text {
   std::string lines_;
 };
 
-void AddVerdict(const Report& report, Text& text) {
-  if (report.problems.empty()) {
-    text.StyledLine(text.screen().Green("No problems") + ": " + Counted(report.listed, "file") + " checked.");
-    return;
-  }
-  text.StyledLine(text.screen().Red(Counted(report.problems.size(), "problem")) +
-                  (report.truncated ? ", and the rest of the manifest cannot be read" : ""));
-}
-
 // A line with the entry of a problem. Elided in the middle: the end holds the file name.
 std::string NamesOf(const Problem& problem, const Text& text) {
   const std::string id =
@@ -77,22 +68,25 @@ std::string NamesOf(const Problem& problem, const Text& text) {
 }
 
 // Counts by kind, with the first twenty problems in full.
-void AddProblems(const Report& report, Text& text) {
+void AddProblems(const Problems& problems, bool truncated, Text& text) {
+  if (problems.empty()) return;
+  text.StyledLine(text.screen().Red(Counted(problems.size(), "problem")) +
+                  (truncated ? ", and the rest of the manifest cannot be read" : ""));
   constexpr std::size_t kShown = 20;
   std::size_t shown = 0;
   for (const ProblemKindNames& row : kProblemKinds) {
-    const std::uint64_t count = report.problems.Count(row.kind);
+    const std::uint64_t count = problems.Count(row.kind);
     if (count == 0) continue;
     text.Line(fmt::format("  {}: {}", row.name, Count(count)));
-    for (const Problem& problem : report.problems) {
+    for (const Problem& problem : problems) {
       if (shown == kShown) break;
       if (problem.kind != row.kind) continue;
       ++shown;
       text.Line(NamesOf(problem, text));
     }
   }
-  if (report.problems.size() > kShown) {
-    text.Line(fmt::format("  and {} more, all of them in --json", Count(report.problems.size() - kShown)));
+  if (problems.size() > kShown) {
+    text.Line(fmt::format("  and {} more, all of them in --json", Count(problems.size() - kShown)));
   }
 }
 
@@ -167,6 +161,23 @@ void Report::Merge(Report&& other) {
   problems.Merge(std::move(other.problems));
 }
 
+Json ProblemsAsJson(const Problems& problems) {
+  Json json = Json::array();
+  for (const Problem& problem : problems) {
+    json.push_back({{"kind", NameOf(problem.kind)},
+                    {"id", problem.id},
+                    {"domain", problem.domain},
+                    {"path", problem.path}});
+  }
+  return json;
+}
+
+std::string ProblemsAsText(const Problems& problems, bool truncated, const Screen& screen) {
+  Text text(screen);
+  AddProblems(problems, truncated, text);
+  return text.Take();
+}
+
 std::string ReportAsJson(const Report& report) {
   Json json = {{"root", report.root}, {"layout", LayoutOf(report)}, {"device", Json::object()}};
   for (const auto& [key, value] : report.device) json["device"][key] = value;
@@ -188,21 +199,17 @@ std::string ReportAsJson(const Report& report) {
   auto& extensions = json["extensions"].get_ref<Json::object_t&>();
   for (const auto& [name, count] : report.extensions) extensions.emplace_back(name, count);
   json["months"] = report.months;
-  json["problems"] = Json::array();
-  for (const Problem& problem : report.problems) {
-    json["problems"].push_back({{"kind", NameOf(problem.kind)},
-                                {"id", problem.id},
-                                {"domain", problem.domain},
-                                {"path", problem.path}});
-  }
+  json["problems"] = ProblemsAsJson(report.problems);
   json["elapsed"] = report.elapsed;
   return json.dump(-1, ' ', true, Json::error_handler_t::replace) + '\n';
 }
 
 std::string ReportAsText(const Report& report, const Screen& screen) {
   Text text(screen);
-  AddVerdict(report, text);
-  AddProblems(report, text);
+  if (report.problems.empty()) {
+    text.StyledLine(screen.Green("No problems") + ": " + Counted(report.listed, "file") + " checked.");
+  }
+  AddProblems(report.problems, report.truncated, text);
 
   text.Heading("Backup");
   text.Field("Folder", report.root);

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <map>
+#include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -13,7 +14,16 @@
 
 #include "output.h"
 
-enum class ProblemKind { Missing, Unreadable, MismatchedId, WrongSize, DamagedPropertyList, DamagedRecord };
+enum class ProblemKind {
+  Missing,
+  Unreadable,
+  MismatchedId,
+  WrongSize,
+  DamagedPropertyList,
+  DamagedRecord,
+  UnsafePath,
+  Conflict
+};
 
 // What a kind is called, and whether and as what it counts among the files; empty where it does not.
 struct ProblemKindNames {
@@ -31,6 +41,8 @@ inline constexpr auto kProblemKinds = std::to_array<ProblemKindNames>({
     {ProblemKind::WrongSize, "wrong-size", "Wrong size", "wrong_size"},
     {ProblemKind::DamagedPropertyList, "damaged-property-list", "", ""},
     {ProblemKind::DamagedRecord, "damaged-record", "", ""},
+    {ProblemKind::UnsafePath, "unsafe-path", "", ""},
+    {ProblemKind::Conflict, "conflict", "", ""},
 });
 
 inline std::string_view NameOf(ProblemKind kind) {
@@ -104,3 +116,7 @@ std::string ReportAsJson(const Report& report);
 
 // Text for people, cut to the width of `screen`.
 std::string ReportAsText(const Report& report, const Screen& screen);
+
+// The problems alone, in the same two forms. The text is empty without problems; `truncated` as in Report.
+nlohmann::ordered_json ProblemsAsJson(const Problems& problems);
+std::string ProblemsAsText(const Problems& problems, bool truncated, const Screen& screen);

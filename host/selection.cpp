@@ -1,0 +1,58 @@
+#include "selection.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <cstdio>
+#include <regex>
+#include <vector>
+
+#include "terminal_text.h"
+
+Selection::Selection(const SelectionOptions& options) : options_(options) {
+  if (!options.match) return;
+  try {
+    pattern_.emplace(*options.match);
+  } catch (const std::regex_error& error) {
+    throw Failure(fmt::format("--match {}: {}", *options.match, error.what()));
+  }
+}
+
+bool Selection::Includes(const Entry& entry) {
+  if (options_.domain && entry.domain != *options_.domain) return false;
+  if (!pattern_) return true;
+  try {
+    return pattern_->MatchesWhole(entry.path);
+  } catch (const std::regex_error&) {
+    ++unmatched_;
+    return false;
+  }
+}
+
+bool Selection::Next(Manifest& manifest, Entry& entry) {
+  for (;;) {
+    switch (manifest.Read(entry)) {
+      case Manifest::Next::Entry:
+        if (Includes(entry)) return true;
+        break;
+      case Manifest::Next::Damaged:
+        ++damaged_;
+        break;
+      case Manifest::Next::Truncated:
+        truncated_ = true;
+        break;
+      case Manifest::Next::End:
+        return false;
+    }
+  }
+}
+
+ExitStatus Selection::ReportOmissions() const {
+  std::vector<std::string> omissions;
+  if (damaged_ != 0) omissions.push_back("left out " + TerminalText::Counted(damaged_, "damaged record"));
+  if (unmatched_ != 0) omissions.push_back("could not match " + TerminalText::Counted(unmatched_, "path"));
+  if (truncated_) omissions.emplace_back("could not read the rest of the manifest");
+  if (omissions.empty()) return ExitStatus::Fine;
+  std::fputs(fmt::format("hostutil: {}\n", fmt::join(omissions, ", ")).c_str(), stderr);
+  return ExitStatus::Problems;
+}

@@ -1,0 +1,329 @@
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <thread>
+
+#include "host/destination.h"
+#include "support/manifests.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+using testing::FieldsAre;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+
+constexpr auto kFile = EntryKind::File;
+constexpr auto kFolder = EntryKind::Directory;
+constexpr auto kLink = EntryKind::Link;
+
+// Extracts to the folder dest beside the backup. The status, how many files, folders and links, and then each
+// problem.
+std::string Extract(const SampleBackup& backup, const std::string& arguments = "") {
+  const auto [status, out, err] = backup.Look("hostutil extract . ../dest --json " + arguments);
+  if (status == 2) return err;
+  const Json json = Json::parse(out);
+  std::string text = err + std::to_string(status);
+  for (const char* key : {"files", "folders", "links"}) text += ' ' + json[key].dump();
+  for (const Json& problem : json["problems"]) {
+    text +=
+        ", " + problem["kind"].get<std::string>() + ' ' + problem["path"].get<std::string>().substr(0, 20);
+  }
+  return text;
+}
+
+// A failure whose one line holds `reason`, a regular expression.
+auto IsFailure(const std::string& reason) {
+  return FieldsAre(2, "", MatchesRegex("hostutil: [^\n]*" + reason + "[^\n]*\n"));
+}
+
+std::string Place(const SampleBackup& backup, const Json& entry) {
+  return backup.folder.Path("dest/" + entry["domain"].get<std::string>() + '/' +
+                            entry["path"].get<std::string>());
+}
+
+TEST(Extract, CopiesFilesWithTheirNamesContentsAndTimes) {
+  for (const std::string& layout : kLayouts) {
+    const SampleBackup backup(layout);
+    backup.Run("head -c 300000 /dev/urandom >../large; cat ../large >$note");  // too large to be read at once
+    const std::string expected = "1 40 20 1, wrong-size " + kNote;
+    EXPECT_EQ(Extract(backup, "--dry-run"), expected);
+    EXPECT_FALSE(std::filesystem::exists(backup.folder.Path("dest")));
+    EXPECT_EQ(Extract(backup), expected);
+
+    std::istringstream lines(backup.Run("hostutil list . --json").out);
+    for (std::string line; std::getline(lines, line);) {
+      const Json entry = Json::parse(line);
+      if (entry["kind"] == "directory") {
+        EXPECT_TRUE(std::filesystem::is_directory(Place(backup, entry)));
+      }
+      if (entry["kind"] != "file") continue;
+      const std::string place = Place(backup, entry);
+      EXPECT_EQ(ReadFile(place),
+                ReadFile(backup.folder.Path("backup/" + entry["stored"].get<std::string>())));
+      struct stat status {};
+      ASSERT_EQ(::stat(place.c_str(), &status), 0);
+      EXPECT_EQ(entry["modified"], Utils::ConvertUtcToLocalDate(status.st_mtime)) << place;
+    }
+    EXPECT_EQ(backup.Run("find ../dest -type f | wc -l").out, "40\n");
+    EXPECT_EQ(backup.Run("find ../dest ! -type f ! -type d").out, "");
+  }
+}
+
+TEST(Extract, CopiesWhatWasSelected) {
+  const SampleBackup backup("flat");
+  for (const auto& [arguments, expected] :
+       {std::pair("--domain HomeDomain --match 'Documents/note-[0-9]\\.txt'", "0 1 0 0"),
+        {"--match 'Library/.*'", "0 12 5 1"},
+        {"--match nothing", "0 0 0 0"}}) {
+    EXPECT_EQ(Extract(backup, arguments), expected);
+    backup.Run("rm -r ../dest");
+  }
+  EXPECT_THAT(backup.Run("hostutil extract . ../dest --dry-run").out,
+              MatchesRegex("No problems\n\nWould be extracted\nFrom  .*Files  .*40 \\(15 KiB\\)\n(.*\n)*"));
+  EXPECT_THAT(backup.Look("hostutil extract . ../dest --match '('"), IsFailure("--match \\(: "));
+  EXPECT_EQ(Extract(SampleBackup("flat", 1), "--domain HomeDomain --match '(.*)*\\1x'"),
+            "hostutil: could not match 3 paths\n1 0 0 0");
+}
+
+TEST(Extract, KeepsToTheDestinationWhateverTheNames) {
+  const std::string deep =
+      Times(25, std::string(200, 'p') + '/') + "f";  // longer than the system takes at once
+  const std::string nul("n\0l", 3);
+  const struct {
+    Entry entry;
+    const char* problem;
+  } cases[] = {
+      {EntryOf("D", "a/b"), ""},
+      {EntryOf("D", "a/b"), "conflict"},
+      {EntryOf("D", "a/b/c"), "conflict"},  // a file where a folder is needed
+      {EntryOf("D", "a/b", kFolder), "conflict"},
+      {EntryOf("D", "a"), "conflict"},  // a folder where the file goes
+      {EntryOf("D", "a", kFolder), ""},
+      {EntryOf("D", "a", kFolder), ""},
+      {EntryOf("D", "", kFolder), ""},
+      {EntryOf("D", ""), "unsafe-path"},
+      {EntryOf("", "x"), "unsafe-path"},
+      {EntryOf(".", "x"), "unsafe-path"},
+      {EntryOf("..", "x"), "unsafe-path"},
+      {EntryOf("..", "", kFolder), "unsafe-path"},
+      {EntryOf("D/E", "x"), "unsafe-path"},
+      {EntryOf("/D", "x"), "unsafe-path"},
+      {EntryOf("D", "/x"), "unsafe-path"},
+      {EntryOf("D", "x/"), "unsafe-path"},
+      {EntryOf("D", "x//y"), "unsafe-path"},
+      {EntryOf("D", "./x"), "unsafe-path"},
+      {EntryOf("D", "x/.", kFolder), "unsafe-path"},
+      {EntryOf("D", "../../x"), "unsafe-path"},
+      {EntryOf("D", "x/..", kFolder), "unsafe-path"},
+      {EntryOf("D", "x/../y"), "unsafe-path"},
+      {EntryOf("..", "../x", kLink), ""},
+      {EntryOf("D", "..x/..."), ""},
+      {EntryOf("D", "\\..\\x\n\x1b"), ""},
+      {EntryOf("D", "\xFF\xC0\xAF"), ""},
+      {EntryOf("D", nul), "damaged-record"},
+      {EntryOf("D", std::string(300, 'n')), "unsafe-path"},
+      {EntryOf("D", std::string(5000, 'n') + "/x"), "unsafe-path"},
+      {EntryOf(std::string(300, 'n'), "x"), "unsafe-path"},
+      {EntryOf("D", deep), ""},
+      {EntryOf("E", "after"), ""},
+  };
+  std::vector<Entry> entries;
+  std::string problems;
+  for (const auto& [entry, problem] : cases) {
+    entries.push_back(entry);
+    if (*problem != '\0') problems += std::string(", ") + problem + ' ' + entry.path.substr(0, 20);
+  }
+  for (const std::string& layout : kLayouts) {
+    const BackupOf backup(layout, entries);
+    const std::string around = "cd ..; find . -path ./dest -prune -o ! -name out ! -name err -print | sort";
+    const std::string before = backup.Run(around).out;
+    const std::string rehearsed = Extract(backup, "--dry-run");
+    EXPECT_EQ(backup.Run("ulimit -n 100; hostutil extract . ../dest").status, 1);
+    EXPECT_EQ(backup.Run("find ../dest -type f -exec printf x \\;; rm -r ../dest").out, "xxxxxx");
+    EXPECT_EQ(Extract(backup), rehearsed);
+    EXPECT_EQ(rehearsed, "1 6 3 1" + problems);
+    EXPECT_EQ(backup.Run(around).out, before);
+  }
+}
+
+TEST(Extract, RefusesADestinationThatIsNotNewOrEmptyOrIsInsideTheBackup) {
+  const SampleBackup backup("flat", 1);
+  backup.Run(
+      "mkdir ../empty ../full empty; echo >../full/x; echo >../file; ln -s backup ../link; "
+      "ln -s nothing ../dangling; ln -s ../full ../full/link; ln -s empty ../good");
+  for (const auto& [destination, reason] : {std::pair("", "name is empty"),
+                                            {".", "inside the backup"},
+                                            {"new", "inside the backup"},
+                                            {"empty", "inside the backup"},
+                                            {"empty/../new", "inside the backup"},
+                                            {"../link/new", "inside the backup"},
+                                            {"../link/empty/", "inside the backup"},
+                                            {"../full/../backup/empty", "inside the backup"},
+                                            {"../full", "is not empty"},
+                                            {"../full/link/", "is not empty"},
+                                            {"../file", "Not a directory"},
+                                            {"../file/new", "Not a directory"},
+                                            {"../dangling", "No such file"},
+                                            {"../no/parent", "No such file"},
+                                            {"/", "is not empty"}}) {
+    for (const std::string option : {"", " --dry-run"}) {
+      EXPECT_THAT(backup.Look("hostutil extract . '" + std::string(destination) + '\'' + option),
+                  IsFailure(reason))
+          << destination << option;
+    }
+  }
+  EXPECT_EQ(backup.Run("ls -A ../full ../empty; test -e ../no").out, "../empty:\n\n../full:\nlink\nx\n");
+  for (const std::string destination : {"../new", "../newer/", "../good", "$PWD/../last"}) {
+    EXPECT_EQ(backup.Look("hostutil extract . " + destination).status, 0) << destination;
+    EXPECT_EQ(backup.Run("find " + destination + "/ -type f | wc -l").out, "1\n");
+  }
+}
+
+TEST(Extract, FollowsNoLinkThatIsPlantedBelowTheDestination) {
+  const TemporaryFolder folder;
+  folder.Write("backup/x", "");
+  folder.Write("outside/x", "kept");
+  const std::string dest = folder.Path("dest");
+  const auto destination = OpenDestination(dest, folder.Path("backup"), false);
+  using Result = Destination::Result;
+  EXPECT_EQ(destination->MakeFolder("D/known"), Result::Made);
+  for (const char* const name : {"E", "D/link", "D/file"}) {
+    std::filesystem::create_symlink(folder.Path("outside"), dest + '/' + name);
+  }
+  std::filesystem::create_symlink(folder.Path("outside/new"), dest + "/D/dangling");
+  for (const char* const name : {"E/new", "E/new/x", "D/link/new", "D/file", "D/dangling"}) {
+    NewFile file;
+    EXPECT_EQ(destination->MakeFile(name, file), Result::Conflict) << name;
+  }
+  EXPECT_EQ(destination->MakeFolder("E"), Result::Conflict);
+  std::filesystem::rename(dest + "/D", folder.Path("moved"));
+  std::filesystem::create_symlink(folder.Path("outside"), dest + "/D");
+  NewFile file;
+  EXPECT_EQ(destination->MakeFile("D/known/x", file),
+            Result::Made);  // in the folder that was made, moved or not
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.Path("outside")), {}), 1);
+  EXPECT_EQ(ReadFile(folder.Path("outside/x")), "kept");
+}
+
+TEST(Extract, ReportsStoredFilesThatCannotBeCopied) {
+  const bool is_root = ::geteuid() == 0;
+  const std::string user = is_root ? "setpriv --reuid 65534 --clear-groups" : "env";
+  const bool can_drop = std::system((user + " true 2>/dev/null").c_str()) == 0;
+  for (const std::string& layout : kLayouts) {
+    for (const auto& [line, problem] : {std::pair("rm $note", "missing"),
+                                        {"rm $note; mkfifo $note", "missing"},
+                                        {"mv $note ../x; ln -s $PWD/../x $note", "missing"},
+                                        {"d=$(dirname $note); [ $d = . ] && rm $note || { mv $d ../x; "
+                                         "ln -s ../x $d; }",
+                                         "missing"},
+                                        {"echo >>$note", "wrong-size"},
+                                        {"chmod 0 $note", "unreadable"}}) {
+      if (!can_drop && *problem == 'u') continue;
+      const SampleBackup backup(layout);
+      backup.Run("chmod 777 .. . ; " + std::string(line));
+      const std::string files = *problem == 'w' ? "40" : "39";
+      const std::string run = *problem == 'u' ? user + ' ' + HOSTUTIL_PROGRAM : "hostutil";
+      const ProgramResult result = backup.Run(run + " extract . ../dest --json");
+      EXPECT_THAT(result, FieldsAre(1, HasSubstr("\"files\":" + files + ",\"folders\":20"), "")) << line;
+      EXPECT_THAT(result.out, HasSubstr("\"problems\":[{\"kind\":\"" + std::string(problem) + "\",\"id\""));
+      EXPECT_THAT(result.out, HasSubstr("\"path\":\"" + kNote + "\"}],\"elapsed"));
+    }
+  }
+  if (!can_drop) return;
+  const SampleBackup backup("flat", 1);
+  EXPECT_THAT(backup.Run("mkdir ../dest; chmod 755 .. ../dest; chmod -w ..  ../dest; " + user + ' ' +
+                         HOSTUTIL_PROGRAM + " extract . ../dest"),
+              IsFailure("dest: Permission denied"));
+}
+
+TEST(Extract, KeepsWholeFilesOnlyWhenWritingFails) {
+  // A limit in blocks of 512 bytes: between the sizes of the sample's files, and between those of one file that
+  // is copied within the system and all others.
+  for (const auto& [large, blocks] : {std::pair("1", "2"), {"1000000", "1000"}}) {
+    const SampleBackup backup("two-level");
+    backup.Run(std::string("head -c ") + large + " /dev/zero >$note");
+    EXPECT_THAT(backup.Look(std::string("ulimit -f ") + blocks + "; hostutil extract . ../dest"),
+                IsFailure("/dest/[^:]*: File too large"));
+    EXPECT_THAT(backup.Run("find ../dest -type f -size +" + std::string(blocks) + " | wc -l").out, "0\n");
+    EXPECT_THAT(backup.Run("find ../dest -type f -size 0").out, "");
+    EXPECT_GE(std::stoi(backup.Run("find ../dest -type f | wc -l").out), 1);
+  }
+}
+
+TEST(Extract, EndsByTheSignalAndLeavesNoPartialFile) {
+  for (const int signal : {SIGINT, SIGTERM}) {
+    const SampleBackup backup("flat", 1000);
+    constexpr std::uintmax_t kLarge = 512 << 20;
+    const std::string id = Utils::CalcFileID("HomeDomain", kNote.c_str());
+    std::filesystem::resize_file(backup.folder.Path("backup/" + id), kLarge);
+    const std::string large = backup.folder.Path("dest/HomeDomain/" + kNote);
+    const std::string line = "cd '" + backup.folder.Path("backup") +
+                             "' && exec " HOSTUTIL_PROGRAM " extract . ../dest >../out 2>../err";
+    const pid_t child = ::fork();
+    if (child == 0) {
+      ::execl("/bin/sh", "sh", "-c", line.c_str(), nullptr);
+      ::_exit(127);
+    }
+    while (!std::filesystem::exists(large) && ::waitpid(child, nullptr, WNOHANG) == 0)
+      std::this_thread::yield();
+    ::kill(child, signal);
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == signal) << status;
+    EXPECT_EQ(ReadFile(backup.folder.Path("out")) + ReadFile(backup.folder.Path("err")), "");
+    // A file system that shares blocks has the large file whole before the signal arrives.
+    const bool whole = std::filesystem::exists(large);
+    if (whole) {
+      EXPECT_EQ(std::filesystem::file_size(large), kLarge);
+    }
+    EXPECT_EQ(backup.Run("find ../dest -type f -size 0").out, "");
+    EXPECT_LT(std::stoi(backup.Run("find ../dest -type f | wc -l").out), 1000);
+  }
+}
+
+TEST(Extract, ShowsProgressInBytesOnATerminal) {
+  const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY);
+  ASSERT_TRUE(::grantpt(terminal) == 0 && ::unlockpt(terminal) == 0);
+  const SampleBackup backup("two-level");
+  const std::string line = std::string("hostutil extract . ../dest 2>") + ::ptsname(terminal);
+  EXPECT_EQ(backup.Run("exec 3<>" + std::string(::ptsname(terminal)) + "; " + line).status, 0);
+  char text[4096] = "";
+  EXPECT_GT(::read(terminal, text, sizeof text - 1), 0);
+  ::close(terminal);
+  EXPECT_THAT(text, MatchesRegex("\r[0-9.]+ K?i?B of 15 KiB.*\r\x1b\\[K"));
+}
+
+TEST(Encryption, IsNamedWhereItPreventsReading) {
+  const std::string list = "<plist><dict><key>IsEncrypted</key>";
+  const std::string encrypted = "hostutil: .: the backup is encrypted\n";
+  for (const std::string& layout : kLayouts) {
+    for (const auto& [value, line, expected] :
+         {std::tuple("<false/></dict></plist>", "", ""),
+          {"<integer>1</integer></dict></plist>", "", ""},
+          {"<true/", "", ""},
+          {"<true/></dict></plist>", "mv Manifest.plist x; ln -s x Manifest.plist", ""},
+          {"<true/></dict></plist>", "", encrypted.c_str()}}) {
+      const SampleBackup backup(layout, 1);
+      backup.folder.Write("backup/Manifest.plist", list + value);
+      backup.Run(line);
+      for (const std::string command : {"inspect .", "extract . ../dest --dry-run"}) {
+        EXPECT_EQ(backup.Look("hostutil " + command).err, expected) << command << value << line;
+      }
+      EXPECT_EQ(backup.Look("hostutil list .").status, 0);
+      EXPECT_EQ(backup.Look("hostutil diff . .").status, 0);
+      backup.Run("echo noise >$(echo Manifest.[dm]*b)");
+      for (const std::string command : {"list .", "diff . ."}) {
+        const bool named = backup.Look("hostutil " + command).err == encrypted;
+        EXPECT_EQ(named, *expected != '\0') << command << value << line;
+      }
+    }
+  }
+}
+
+}  // namespace
