@@ -121,12 +121,12 @@ std::string TerminalText::PaddedLeft(std::string_view text, std::size_t width) {
 }
 
 std::string TerminalText::Size(std::uint64_t bytes) {
-  constexpr std::array<std::string_view, 7> kUnits = {"B", "KiB", "MiB", "GiB", "TiB", "PiB", "EiB"};
-  auto value = static_cast<double>(bytes);
+  if (bytes < 1024) return std::to_string(bytes) + " B";
+  constexpr std::array<std::string_view, 6> kUnits = {"KiB", "MiB", "GiB", "TiB", "PiB", "EiB"};
+  double value = static_cast<double>(bytes) / 1024;
   std::size_t unit = 0;
   for (; value >= 1023.5 && unit + 1 < kUnits.size(); ++unit) value /= 1024;
-  const int digits = unit > 0 && value < 9.95 ? 1 : 0;
-  return fmt::format("{:.{}f} {}", value, digits, kUnits.at(unit));
+  return fmt::format("{:.{}f} {}", value, value < 9.95 ? 1 : 0, kUnits.at(unit));
 }
 
 std::string TerminalText::Count(std::uint64_t count) {
