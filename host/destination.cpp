@@ -84,11 +84,13 @@ class DestinationFolder final : public Destination {
     const std::size_t slash = name.rfind('/');
     const Result result = OpenFolder(name.substr(0, slash), file.folder_);
     if (result != Result::Made) return result;
-    file.name_ = name.substr(slash + 1);
     file.path_ = PathOf(name);
-    file.file_ = Descriptor(::openat(file.folder_, file.name_.c_str(),
-                                     O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
-    return file.file_.IsOpen() ? Result::Made : ResultOf(errno, file.path_);
+    std::string last = name.substr(slash + 1);
+    file.file_ = Descriptor(
+        ::openat(file.folder_, last.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
+    if (!file.file_.IsOpen()) return ResultOf(errno, file.path_);
+    file.name_ = std::move(last);
+    return Result::Made;
   }
 
  private:
@@ -165,7 +167,7 @@ class Rehearsal final : public Destination {
 }  // namespace
 
 NewFile::~NewFile() {
-  if (file_.IsOpen()) ::unlinkat(folder_, name_.c_str(), 0);
+  if (!name_.empty()) ::unlinkat(folder_, name_.c_str(), 0);
 }
 
 void NewFile::Fail() const {
@@ -187,11 +189,8 @@ void NewFile::SetTime(long modified) {
 }
 
 void NewFile::Finish() {
-  if (file_.Close()) return;
-  const int error = errno;
-  ::unlinkat(folder_, name_.c_str(), 0);
-  errno = error;
-  Fail();
+  if (!file_.Close()) Fail();
+  name_.clear();
 }
 
 std::unique_ptr<Destination> OpenDestination(const std::string& path, const std::string& root,

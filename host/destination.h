@@ -35,7 +35,7 @@ class NewFile {
 
   Descriptor file_;
   int folder_ = -1;   // the destination owns it
-  std::string name_;  // in that folder
+  std::string name_;  // in that folder; empty when there is no file to remove
   std::string path_;  // for messages
 };
 

@@ -32,7 +32,6 @@ class Extraction {
 
   Extracted Run() {
     for (Entry entry;;) {
-      Interruption::Check();
       const Manifest::Next next = manifest_->Read(entry);
       if (next == Manifest::Next::End) break;
       if (next == Manifest::Next::Truncated) result_.truncated = true;
@@ -40,9 +39,8 @@ class Extraction {
         AddProblem(ProblemKind::DamagedRecord, entry.id, entry);
       } else if (selection_.Includes(entry)) {
         Take(entry);
-        done_ += entry.kind == EntryKind::File ? entry.size.value_or(0) : 0;
-        progress_.AdvanceBytes(done_, total_);
       }
+      Step(0);
     }
     result_.elapsed = progress_.Elapsed();
     return std::move(result_);
@@ -68,41 +66,45 @@ class Extraction {
     }
     const std::string id = Utils::CalcFileID(entry.domain.c_str(), entry.path.c_str());
     const std::optional<std::string> name = NameBelow(entry.domain, entry.path);
-    if (!name || (entry.kind == EntryKind::File && entry.path.empty())) {
+    const bool is_file = entry.kind == EntryKind::File;
+    bool is_copied = false;
+    if (!name || (is_file && entry.path.empty())) {
       AddProblem(ProblemKind::UnsafePath, id, entry);
-    } else if (entry.kind == EntryKind::File) {
-      TakeFile(entry, id, *name);
+    } else if (is_file) {
+      is_copied = TakeFile(entry, id, *name);
     } else if (IsMade(destination_->MakeFolder(*name), id, entry)) {
       ++result_.folders;
     }
+    if (is_file && !is_copied) skipped_ += entry.size.value_or(0);
   }
 
-  void TakeFile(const Entry& entry, const std::string& id, const std::string& name) {
+  bool TakeFile(const Entry& entry, const std::string& id, const std::string& name) {
     const std::string place = folder_.StoredPath(id);
     const FileStatus status = files_.StatusOf(place);
     if (status.kind != FileKind::Regular) {
-      AddProblem(status.kind == FileKind::Unreadable ? ProblemKind::Unreadable : ProblemKind::Missing, id,
-                 entry);
-      return;
+      const bool unreadable = status.kind == FileKind::Unreadable;
+      AddProblem(unreadable ? ProblemKind::Unreadable : ProblemKind::Missing, id, entry);
+      return false;
     }
     const Descriptor stored(::open(place.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     if (!stored.IsOpen()) {
       AddProblem(ProblemKind::Unreadable, id, entry);
-      return;
+      return false;
     }
     if (entry.size && *entry.size != status.size) AddProblem(ProblemKind::WrongSize, id, entry);
     NewFile file;
-    if (!IsMade(destination_->MakeFile(name, file), id, entry)) return;
+    if (!IsMade(destination_->MakeFile(name, file), id, entry)) return false;
     if (!options_.dry_run) {
       if (!Copy(stored.get(), status.size, file)) {
         AddProblem(ProblemKind::Unreadable, id, entry);
-        return;
+        return false;
       }
       if (entry.modified) file.SetTime(*entry.modified);
       file.Finish();
     }
     ++result_.files;
     result_.bytes += status.size;
+    return true;
   }
 
   // Adds the problem of a name that could not be made.
@@ -122,7 +124,7 @@ class Extraction {
       if (count <= 0) return false;
       file.Write(buffer_.data(), static_cast<std::size_t>(count));
       copied += static_cast<std::uint64_t>(count);
-      ShowStep(copied);
+      Step(copied);
     }
     return true;
   }
@@ -135,14 +137,15 @@ class Extraction {
       const std::size_t count = Platform::CopyRange(stored, file.descriptor(), kLargestStep);
       if (count == 0) break;
       copied += count;
-      ShowStep(copied);
+      Step(copied);
     }
     return copied;
   }
 
-  void ShowStep(std::uint64_t copied) {
+  // Looks at signals and progress, after `copied` bytes of a file.
+  void Step(std::uint64_t copied) {
     Interruption::Check();
-    progress_.AdvanceBytes(done_ + copied, total_);
+    progress_.AdvanceBytes(result_.bytes + skipped_ + copied, total_);
   }
 
   void AddProblem(ProblemKind kind, const std::string& id, const Entry& entry) {
@@ -157,8 +160,9 @@ class Extraction {
   std::unique_ptr<Manifest> manifest_;
   std::unique_ptr<Destination> destination_;
   std::vector<char> buffer_;
-  std::uint64_t done_ = 0;   // recorded bytes of the files before the current one
-  std::uint64_t total_ = 0;  // for progress only
+  // For progress only, in bytes as recorded.
+  std::uint64_t total_ = 0;
+  std::uint64_t skipped_ = 0;  // of files that could not be copied
   Extracted result_;
 };
 

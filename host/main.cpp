@@ -55,7 +55,7 @@ void CheckCommand(const CLI::App& app, int argc, const char* const* argv) {
 }
 
 ExitStatus Run(int argc, const char* const* argv) {
-  CLI::App app("Read, check and search a device backup", "hostutil");
+  CLI::App app("Check, search, compare and extract device backups", "hostutil");
   app.formatter_fn(FormatHelp);
   app.set_help_flag("-h,--help", "print this help");
   app.set_version_flag("--version", "hostutil " HOSTUTIL_VERSION, "print the version");

@@ -65,7 +65,8 @@ void Progress::Show(Manifest& manifest) {
 
 void Progress::ShowBytes(std::uint64_t done, std::uint64_t total) {
   if (!IsDue()) return;
-  Draw(fmt::format("{} of {}", TerminalText::Size(done), TerminalText::Size(total)), done, total);
+  const std::string of = done <= total ? " of " + TerminalText::Size(total) : "";
+  Draw(TerminalText::Size(done) + of, done, total);
 }
 
 // Adds the part done and the time left to `line`, unless the total is unknown or too small.
