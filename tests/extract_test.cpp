@@ -243,8 +243,8 @@ TEST(Extract, ReportsStoredFilesThatCannotBeCopied) {
 }
 
 TEST(Extract, KeepsWholeFilesOnlyWhenWritingFails) {
-  // A limit in blocks of 512 bytes: between the sizes of the sample's files, and between those of one file that
-  // is copied within the system and all others.
+  // A limit in blocks of 512 bytes: between the sizes of the sample's files, and between those of one file
+  // that is copied within the system and all others.
   for (const auto& [large, blocks] : {std::pair("1", "2"), {"1000000", "1000"}}) {
     const SampleBackup backup("two-level");
     backup.Run(std::string("head -c ") + large + " /dev/zero >$note");

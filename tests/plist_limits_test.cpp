@@ -88,11 +88,7 @@ TEST(PlistLimits, ListsAreValidWhenLibplistParsesThem) {
   const auto changed = [&good](std::size_t from_end, char byte) {
     return std::string(good).replace(good.size() - from_end, 1, 1, byte);
   };
-  const struct {
-    const char* name;
-    std::string list;
-    bool valid;
-  } cases[] = {
+  const std::tuple<const char*, std::string, bool> cases[] = {
       {"a dictionary", good, true},
       {"the longest number of each kind",
        List({"\xA4\1\2\3\4", "\x14" + Times(16, "\1"), "\x23" + Times(8, "\1"), "\x33" + Times(8, "\1"),
@@ -123,17 +119,14 @@ TEST(PlistLimits, ListsAreValidWhenLibplistParsesThem) {
       {"a table that reaches into the trailer", changed(17, '\3'), false},
       {"a table offset in the trailer", changed(1, '\x20'), false},
       {"a table offset in the header", changed(1, '\7'), false},
-      {"too short", good.substr(0, 39), false},
-  };
-  for (const auto& each : cases) {
-    const std::vector<char> bytes(each.list.begin(), each.list.end());
-    Reader reader;
-    EXPECT_EQ(reader.Open(bytes.data(), bytes.size()) && PlistLimits::BinaryIsValid(reader, bytes.size()),
-              each.valid)
-        << each.name;
+      {"too short", good.substr(0, 39), false}};
+  for (const auto& [name, list, valid] : cases) {
+    const std::vector<char> bytes(list.begin(), list.end());
     const auto length = static_cast<std::uint32_t>(bytes.size());
-    EXPECT_EQ(Libplist::Node(Libplist::Parse(plist_from_bin, bytes.data(), length)) != nullptr, each.valid)
-        << each.name;
+    Reader reader;
+    EXPECT_EQ(reader.Open(bytes.data(), length) && PlistLimits::BinaryIsValid(reader, length), valid) << name;
+    const Libplist::Node root(Libplist::Parse(plist_from_bin, bytes.data(), length));
+    EXPECT_EQ(root != nullptr, valid) << name;
   }
 }
 
@@ -143,20 +136,16 @@ TEST(BinaryPlist, FindsWhatContainersHold) {
       List({"\xD4\1\2\3\1\4\5\6\7", "Qa", "\x61\0b"s, "Rc\0"s, "\x11\2\1", "\xA2\6\4", "\x80\7", "Ttext"}, 1);
   Reader reader;
   Object root, array, found;
-  ASSERT_TRUE(reader.Open(list.data(), list.size()));
-  ASSERT_TRUE(reader.Read(reader.Find(reader.Root()), root));
-  ASSERT_TRUE(reader.FindItem(root, "a", found));
-  EXPECT_EQ(Reader::ValueOf(found), 0x201U) << "the first of two";
-  ASSERT_TRUE(reader.FindItem(root, "c", found));
-  EXPECT_EQ(Reader::ValueOf(found), 7U);
-  EXPECT_FALSE(reader.FindItem(root, "ab", found));
-
+  const auto value = [&found](bool is_found) { return is_found ? Reader::ValueOf(found) : 0; };
+  ASSERT_TRUE(reader.Open(list.data(), list.size()) && reader.Read(reader.Find(reader.Root()), root));
+  EXPECT_EQ(value(reader.FindItem(root, "a", found)), 0x201U) << "the first of two";
+  EXPECT_EQ(value(reader.FindItem(root, "c", found)), 7U);
+  EXPECT_EQ(value(reader.FindItem(root, "ab", found)), 0U);
   ASSERT_TRUE(reader.FindItem(root, "b", array));
-  ASSERT_TRUE(reader.FindElement(array, 1, found));
-  EXPECT_EQ(Reader::ValueOf(found), 0x201U);
-  EXPECT_FALSE(reader.FindElement(array, 2, found));
-  EXPECT_FALSE(reader.FindElement(root, 0, found)) << "not an array";
-  EXPECT_FALSE(reader.FindItem(array, "a", found)) << "not a dictionary";
+  EXPECT_EQ(value(reader.FindElement(array, 1, found)), 0x201U);
+  EXPECT_EQ(value(reader.FindElement(array, 2, found)), 0U);
+  EXPECT_EQ(value(reader.FindElement(root, 0, found)), 0U) << "not an array";
+  EXPECT_EQ(value(reader.FindItem(array, "a", found)), 0U) << "not a dictionary";
 }
 
 TEST(PlistLimits, TheDeepestTreeFitsIntoAStackOf512KiB) {

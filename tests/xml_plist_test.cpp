@@ -48,11 +48,7 @@ constexpr char kClose[] = "</array a=\"<array>\"\n></plist></dict/>";
 TEST(XmlPlist, DeepNestingAndNulsInTextsAreRejected) {
   const std::string start = "<!DOCTYPE a [ \"]><array/>\"> ] > ]><plist><array>" + Times(255, kOpen);
   const std::string end = Times(255, kClose) + "</array></plist>";
-  const struct {
-    const char* name;
-    std::string list;
-    bool safe;
-  } cases[] = {
+  const std::tuple<const char*, std::string, bool> cases[] = {
       {"512 levels", Times(512, "<array>") + Times(512, "</array>"), true},
       {"513 levels", Times(513, "<array>") + Times(513, "</array>"), false},
       {"512 levels among other tags", start + "<array/>" + end, true},
@@ -75,18 +71,12 @@ TEST(XmlPlist, DeepNestingAndNulsInTextsAreRejected) {
       {"NUL after the root", "<plist><array/></plist>\n\0text"s, true},
       {"NULs at the end only", "<plist><array/></plist>\0\0"s, true},
   };
-  for (const auto& each : cases) {
-    EXPECT_EQ(XmlPlist::IsSafe(Exact(each.list).data(), each.list.size(), PlistLimits::kMaxDepth), each.safe)
-        << each.name;
-  }
+  for (const auto& [name, list, safe] : cases)
+    EXPECT_EQ(XmlPlist::IsSafe(Exact(list).data(), list.size(), PlistLimits::kMaxDepth), safe) << name;
 }
 
 TEST(XmlPlist, ManyEntitiesInLongTextsAreSlowUntilDecoded) {
-  const struct {
-    const char* name;
-    std::string list;
-    bool slow;
-  } cases[] = {
+  const std::tuple<const char*, std::string, bool> cases[] = {
       {"entities only", InString(Times(1000, "&lt;")), true},
       {"an entity in 900 bytes", InString(Times(100, "&lt;" + std::string(896, 'x'))), true},
       {"a few at the start of a long text", InString(Times(100, "&lt;") + std::string(100'000, 'x')), true},
@@ -94,11 +84,9 @@ TEST(XmlPlist, ManyEntitiesInLongTextsAreSlowUntilDecoded) {
       {"many at the end", InString(std::string(100'000, 'x') + Times(100, "&quot;")), false},
       {"a short text", InString("&lt;a href=&quot;b&quot;&gt;"), false},
   };
-  for (const auto& each : cases) {
-    EXPECT_EQ(XmlPlist::HasSlowTexts(Exact(each.list).data(), each.list.size()), each.slow) << each.name;
-    if (each.slow) {
-      EXPECT_EQ(DecodeSlowTexts(each.list).find("&lt;"), std::string::npos) << each.name;
-    }
+  for (const auto& [name, list, slow] : cases) {
+    EXPECT_EQ(XmlPlist::HasSlowTexts(Exact(list).data(), list.size()), slow) << name;
+    EXPECT_TRUE(!slow || DecodeSlowTexts(list).find("&lt;") == list.npos) << name;
   }
 }
 

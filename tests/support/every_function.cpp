@@ -3,12 +3,11 @@
 #include <sqlite3.h>
 
 #include <concepts>
-#include <cstring>
 #include <functional>
-#include <numeric>
 #include <regex>
 
 #include "common/big_endian_bit_converter.h"
+#include "common/libplist.h"
 #include "common/plist_util.h"
 #include "common/utils.h"
 #include "platform/autorelease_pool.h"
@@ -19,10 +18,6 @@ namespace {
 using namespace BigEndianBitConverter;
 using namespace PlistUtil;
 using namespace Utils;
-
-template <auto kFunction>
-using Calls = std::integral_constant<decltype(kFunction), kFunction>;
-using Node = std::unique_ptr<void, Calls<&plist_free>>;
 
 // Too long for a string's internal buffer, so that every copy allocates.
 constexpr char kPath[] =
@@ -60,7 +55,7 @@ struct Text {
     return texts.first + texts.second;
   }
   static std::string Of(std::integral auto number) { return std::to_string(number); }
-  static std::string Of(plist_t node) { return Node(node) != nullptr ? "read" : "null"; }
+  static std::string Of(plist_t node) { return Libplist::Node(node) != nullptr ? "node" : "null"; }
   template <typename Byte>
   static std::string Of(Byte* block) {
     return Take(reinterpret_cast<char*>(block)).value_or("null");
@@ -104,16 +99,15 @@ auto Match(const std::string& pattern) {
 
 // A split that throws has appended the fields before the one that it could not allocate.
 std::string Split() {
+  const std::vector<std::string> all = {kName, kLong, kName};
   std::vector<std::string> fields = {kName};
-  const std::string all = kName + kLong + kName;
-  const auto joined = [&fields] { return std::accumulate(fields.begin(), fields.end(), std::string()); };
   const std::string text = kLong + "," + kName;
   try {
     Within([&] { SplitWithFlag(text.c_str(), ',', fields); });
   } catch (const std::bad_alloc&) {
-    if (all.starts_with(joined())) throw;
+    if (std::equal(fields.begin(), fields.end(), all.begin())) throw;
   }
-  return joined() == all ? "done" : "wrong fields";
+  return fields == all ? "done" : "wrong fields";
 }
 
 std::string TwoLevelPath() {
@@ -124,67 +118,25 @@ std::string TwoLevelPath() {
 
 // A statement that is never finalized keeps the database, which then shows as blocks that are never freed.
 std::string CheckTable(const char* column) {
-  sqlite3* opened = nullptr;
-  sqlite3_open(":memory:", &opened);
-  const std::unique_ptr<sqlite3, Calls<&sqlite3_close>> db(opened);
-  sqlite3_exec(opened, "CREATE TABLE a_table_with_a_long_name(x)", nullptr, nullptr, nullptr);
-  const auto result = Within([&] { return TableCheck(opened, "a_table_with_a_long_name", column); });
-  return std::to_string(static_cast<int>(result.table)) + std::to_string(static_cast<int>(result.column));
+  sqlite3* db = nullptr;
+  sqlite3_open(":memory:", &db);
+  const std::unique_ptr<sqlite3, int (*)(sqlite3*)> owner(db, &sqlite3_close);
+  sqlite3_exec(db, "CREATE TABLE a_table_with_a_long_name(x)", nullptr, nullptr, nullptr);
+  const auto check = [&] { return TableCheck(db, "a_table_with_a_long_name", column).column; };
+  return std::to_string(static_cast<int>(Within(check)));
 }
 
-std::string TextOf(plist_t node) {
-  char* text = nullptr;
-  plist_get_string_val(node, &text);
-  return Take(text).value_or("no text");
-}
-
-std::string Append(const char* value) {
-  const Node array(plist_new_array());
-  Within([&] { AppendPlistArrayString(array.get(), value); });
-  return TextOf(plist_array_get_item(array.get(), 0));
-}
-
-template <typename Insert>
-std::string Inserted(Insert insert, const char* value) {
-  const Node dict(plist_new_dict());
-  Within([&] { insert(dict.get(), "key", value); });
-  return TextOf(plist_dict_get_item(dict.get(), "key"));
-}
-
-template <typename Copy>
-std::string CopyOf(Copy copy, const char* text) {
-  const Node original(plist_new_string(text));
-  const Node copied(Within([&] { return copy(original.get()); }));
-  return TextOf(copied.get());
-}
-
-std::string Print() {
-  const Node text(plist_new_string("printed"));
-  Within([&] { PrintPlist(text.get()); });
+std::string InsertStrings() {
+  const Libplist::Node dict(plist_new_dict()), array(plist_new_array());
+  Within([&] {
+    AppendPlistArrayString(array.get(), "a");
+    InsertPlistDictString(dict.get(), "key", "a");
+    AddNoneValuePlistDictString(dict.get(), "other key", "");
+  });
   return "done";
 }
 
-std::string UidOf() {
-  const Node uid(plist_new_uid(7));
-  return std::to_string(Within([&] { return GetDictOrUidIntegerValue(uid.get(), nullptr); }));
-}
-
-std::string IntegerOf() {
-  const Node integer(plist_new_uint(7));
-  return std::to_string(Within([&] { return GetIntegerValue(integer.get()); }));
-}
-
-std::string ColorOf(const char* code) {
-  const RgbColor color = Within([&] { return ColorHexToRGB(code); });
-  return std::to_string(color.red) + ' ' + std::to_string(color.green) + ' ' + std::to_string(color.blue);
-}
-
-std::string OffsetOf(const char* pattern) {
-  const auto* const found =
-      Within([&] { return MemMem(kPath, sizeof kPath, pattern, std::strlen(pattern)); });
-  return std::to_string(static_cast<const char*>(found) - kPath);
-}
-
+const Libplist::Node kString(plist_new_string("a")), kSeven(plist_new_uint(7)), kUid(plist_new_uid(7));
 const unsigned char kEleven[] = {0, 0, 0, 0, 0, 0, 0, 11};
 const unsigned char kBytes[] = {0, 'c', 'b', 'a'};
 const std::vector<std::string> kNull = {"null"};
@@ -220,25 +172,23 @@ const std::vector<LibraryCall>& EveryFunction() {
       {"ConvertUtcToLocalDate", [] { return Call(&ConvertUtcToLocalDate, 1'700'000'000)().substr(0, 8); },
        "2023-11-"},
       {"GenerateLowerUuid", [] { return Call(&GenerateLowerUuid)().substr(14, 1); }, "4"},
-      {"TableCheck", [] { return CheckTable("x"); }, "00"},
-      {"TableCheck, refused", [] { return CheckTable("a_column_it_lacks"); }, "03"},
-      {"ReadPlist, XML", OnFile(&ReadPlist, "<plist><array><true/></array></plist>"), "read", kNull},
-      {"ReadPlist, entities", OnFile(&ReadPlist, kEntities), "read", kNull},
-      {"ReadPlist, binary", OnFile(&ReadPlist, kBinaryList), "read", kNull},
+      {"TableCheck", [] { return CheckTable("x"); }, "0"},
+      {"TableCheck, refused", [] { return CheckTable("a_column_it_lacks"); }, "3"},
+      {"ReadPlist, XML", OnFile(&ReadPlist, "<plist><array><true/></array></plist>"), "node", kNull},
+      {"ReadPlist, entities", OnFile(&ReadPlist, kEntities), "node", kNull},
+      {"ReadPlist, binary", OnFile(&ReadPlist, kBinaryList), "node", kNull},
       {"ReadPlist, damaged", OnFile(&ReadPlist, "bplist00 and what is none"), "null", kNull},
       {"IsBinPlist", OnFile(&IsBinPlist, "bplist00"), "1", {}},
       {"ReverseBytes", Call(&ReverseBytes, kBytes, 0, 4), "abc", kNull},
-      {"AppendPlistArrayString", [] { return Append("a"); }, "a", {}},
-      {"InsertPlistDictString", [] { return Inserted(&InsertPlistDictString, "a"); }, "a", {}},
-      {"AddNoneValuePlistDictString",
-       [] { return Inserted(&AddNoneValuePlistDictString, ""); },
-       "(None)",
+      {"AppendPlistArrayString, InsertPlistDictString, AddNoneValuePlistDictString",
+       &InsertStrings,
+       "done",
        {}},
-      {"PlistCopyZero", [] { return CopyOf(&PlistCopyZero, "a"); }, "a", {}},
-      {"PlistCopyEmptyString", [] { return CopyOf(&PlistCopyEmptyString, "a"); }, "a", {}},
-      {"PrintPlist", &Print, "done", {}},
-      {"GetIntegerValue", &IntegerOf, "7", {}},
-      {"GetDictOrUidIntegerValue", &UidOf, "7", {}},
+      {"PlistCopyZero", Call(&PlistCopyZero, kString.get()), "node", {}},
+      {"PlistCopyEmptyString", Call(&PlistCopyEmptyString, kString.get()), "node", {}},
+      {"PrintPlist", Call([] { return PrintPlist(kString.get()), 0; }), "0", {}},
+      {"GetIntegerValue", Call(&GetIntegerValue, kSeven.get()), "7", {}},
+      {"GetDictOrUidIntegerValue", Call(&GetDictOrUidIntegerValue, kUid.get(), nullptr), "7", {}},
       {"ToInt16", Call(&ToInt16, kEleven, 6), "11", {}},
       {"ToUInt16", Call(&ToUInt16, kEleven, 6), "11", {}},
       {"ToInt32", Call(&ToInt32, kEleven, 4), "11", {}},
@@ -249,11 +199,14 @@ const std::vector<LibraryCall>& EveryFunction() {
       {"EndWith", Call(&EndWith, std::cref(kLong), "itself"), "1", {}},
       {"IsPhoneFormat", Call(&IsPhoneFormat, "0123456789,1", ','), "1", {}},
       {"isNotPhoneNumberChar", Call(&isNotPhoneNumberChar, 'a'), "1", {}},
-      {"ColorHexToRGB", [] { return ColorOf("#010203"); }, "1 2 3", {}},
+      {"ColorHexToRGB", Call([] { return ColorHexToRGB("#010203").blue; }), "3", {}},
       {"GetZeroIntIsNull", Call(&GetZeroIntIsNull, "11"), "11", {}},
       {"GetZeroLongIsNull", Call(&GetZeroLongIsNull, "11"), "11", {}},
       {"Base64Decode", Call(&Base64Decode, "YQ==", 4U), "", {}},
       {"GetFileCreateTime", Call(&GetFileCreateTime, "a", "b"), "", {}},
-      {"MemMem", [] { return OffsetOf("folder"); }, "3", {}}};
+      {"MemMem",
+       Call([] { return static_cast<const char*>(MemMem(kPath, 9, "older", 5)) - kPath; }),
+       "4",
+       {}}};
   return calls;
 }

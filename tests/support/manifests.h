@@ -35,8 +35,8 @@ struct BackupOf : SampleBackup {
   }
 
  private:
-  // An entry may be listed twice, so the table's key is a number. The archive that Add writes cannot hold a path
-  // that is not UTF-8, so the path is set by the statement that is returned.
+  // An entry may be listed twice, so the table's key is a number. The archive that Add writes cannot hold a
+  // path that is not UTF-8, so the path is set by the statement that is returned.
   std::string SetPath(Entry& entry) {
     entry.id = std::to_string(++rows_);
     std::string hexadecimal;
