@@ -45,93 +45,12 @@ bool MayNestTooDeep(std::string_view bytes, std::size_t max_depth) {
   return count > max_depth;
 }
 
-// An upper bound of the depth, block by block, for the lists with many containers. A tag counts wherever its
-// first bytes are; end tags count only as long as nothing can hide one that libplist does not see: a comment,
-// a CDATA section, a processing instruction or a quote in a tag.
-class DepthBound {
- public:
-  // `root` is where the contents of the root begin.
-  DepthBound(std::string_view bytes, std::size_t root) : bytes_(bytes), root_(root), checked_(root) {}
-
-  bool IsBelow(std::size_t max_depth) {
-    std::size_t at = root_;
-    while (bytes_.size() - at >= kBlock + kLookAhead) {
-      at = std::min(bytes_.find('<', at), bytes_.size());
-      if (bytes_.size() - at < kBlock + kLookAhead) break;
-      if (!AddBlock(at, max_depth)) return false;
-      at += kBlock;
-    }
-    return depth_ + (bytes_.size() - at) / kShortestTag < max_depth;
-  }
-
- private:
-  static constexpr std::size_t kBlock = 256;  // at most 43 tags, which a byte can count
-  static constexpr std::size_t kLookAhead = 6;
-  static constexpr std::size_t kShortestTag = 6;
-
-  // The loop has no branches, so that compilers vectorize it. False when the limit may be reached in the
-  // block.
-  bool AddBlock(std::size_t start, std::size_t max_depth) {
-    const char* const block = bytes_.data() + start;
-    unsigned char opened = 0;
-    unsigned char closed = 0;
-    unsigned char hidden = 0;
-    for (const char* at = block; at != block + kBlock; ++at) {
-      const bool tag = at[0] == '<';
-      const bool array = (at[1] == 'a') & (at[6] != '/');  // not <array/>
-      const bool dict = (at[1] == 'd') & (at[2] == 'i') & (at[5] != '/');
-      const bool end = (at[1] == '/') & ((at[2] == 'a') | ((at[2] == 'd') & (at[3] == 'i')));
-      opened = static_cast<unsigned char>(opened + (tag & (array | dict)));
-      closed = static_cast<unsigned char>(closed + (tag & end));
-      hidden |= static_cast<unsigned char>(tag & ((at[1] == '!') | (at[1] == '?')));
-    }
-    depth_ += opened;
-    if (depth_ >= max_depth) return false;
-    trusts_end_tags_ = trusts_end_tags_ && hidden == 0 && !HasQuoteInTag(start + kBlock);
-    if (trusts_end_tags_) depth_ -= std::min<std::size_t>(depth_, closed);
-    return true;
-  }
-
-  // Looks at the bytes that have not been checked, up to `end`.
-  bool HasQuoteInTag(std::size_t end) {
-    for (;;) {
-      const std::string_view rest = bytes_.substr(checked_, end - checked_);
-      const std::size_t quote = rest.find('"');
-      const std::size_t bracket = rest.substr(0, quote).find_last_of("<>");
-      if (quote == rest.npos) {
-        if (bracket != rest.npos) checked_ += bracket;  // a tag may continue after the end
-        return false;
-      }
-      if (bracket != rest.npos && rest[bracket] == '<') return true;
-      checked_ += quote + 1;
-    }
-  }
-
-  std::string_view bytes_;
-  std::size_t root_;
-  std::size_t checked_;  // all quotes before this are in texts
-  std::size_t depth_ = 1;
-  bool trusts_end_tags_ = true;
-};
-
 enum class Section { kText, kCdata };
 
 // Visits a list tag by tag. Where libplist fails, this may fail or go on.
 class Walk {
  public:
   explicit Walk(std::string_view bytes) : at_(bytes.data()), end_(at_ + bytes.size()) {}
-
-  // Where the contents of the root begin; npos when it is no container.
-  std::size_t FindRoot() {
-    const char* const start = at_;
-    Tag tag;
-    while (FindTag()) {
-      const bool declaration = *at_ == '?' || *at_ == '!';
-      if (declaration && !(*at_ == '?' ? SkipPastUnquoted("?>") : SkipDeclaration())) break;
-      if (!declaration && (!ReadTag(tag) || tag.kind != Kind::kOther)) break;
-    }
-    return tag.kind == Kind::kContainer ? static_cast<std::size_t>(at_ - start) : std::string_view::npos;
-  }
 
   // Calls `on_text(section, bytes)` for each part of a string or key. False when containers nest deeper than
   // `max_depth`, when `on_text` returns false, or when libplist would reject what was reached.
@@ -437,8 +356,6 @@ bool XmlPlist::IsSafe(const char* data, std::size_t length, std::size_t max_dept
                            [](Section, std::string_view text) { return text.find('\0') == text.npos; });
   }
   if (!MayNestTooDeep(bytes, max_depth)) return true;
-  const std::size_t root = Walk(bytes).FindRoot();
-  if (root != bytes.npos && DepthBound(bytes, root).IsBelow(max_depth)) return true;
   return Walk(bytes).Run(max_depth, [](Section, std::string_view) { return true; });
 }
 
