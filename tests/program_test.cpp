@@ -102,31 +102,25 @@ TEST(Program, FindsEachFaultOfAFile) {
 }
 
 TEST(Program, FindsEachFaultOfADatabase) {
-  const std::pair<const char*, const char*> faults[] = {
-      {"'../../x','d','a',2,null", "mismatched-id a"},               // leaves the backup's folder
-      {"'a','d','b',2,null", "mismatched-id b"},                     // shorter than its folder's name
-      {"'/etc','d','c',2,null", "mismatched-id c"},                  // an absolute path
-      {"1,'d','d',1,x''", "damaged-record d"},                       // an empty list
-      {"2,'d','e',1,x'62706c6973743030ff'", "damaged-record e"},     // a list without a trailer
-      {"3,'d','f',4,'text'", "damaged-record f"},                    // a text in place of the list
-      {"4,'d','g',2,zeroblob(2000000)", "damaged-record g"},         // a list beyond the limit
-      {"5,'d','h',3,null", "damaged-record h"},                      // an unknown kind
-      {"6,'d','i',null,null", "damaged-record i"},                   // no kind
-      {"7,'d','j',1.5,null", "damaged-record j"},                    // a kind that is no integer
-      {"null,'d','k',1,null", "damaged-record k"},                   // no identifier
-      {"8,x'00','l',1,null", "damaged-record l"},                    // a domain that is no text
-      {"9,'d'||char(0),'m',1,null", "damaged-record m"},             // a NUL in the domain
-      {"10,'d',null,1,null", "damaged-record "},                     // no path
-      {"hex(zeroblob(9000000)),'d','n',1,null", "damaged-record "},  // too long to be read: ends the reading
-  };
-  std::string sql = "UPDATE Files SET file=null;";
-  Inspection expected;
-  for (const auto& [row, problem] : faults) {
-    sql += std::string("INSERT INTO Files VALUES (") + row + ");";
-    expected.problems.push_back(problem);
-  }
+  // Rows with the paths a, b, c and so on.
+  const char* const sql = R"(UPDATE Files SET file=null; INSERT INTO Files VALUES
+    -- identifiers that leave the folder, are shorter than their folder's name, or are an absolute path
+    ('../../x','d','a',2,null), ('a','d','b',2,null), ('/etc','d','c',2,null),
+    -- lists that are empty, lack the trailer, are a text, or are beyond the limit
+    (1,'d','d',1,x''), (2,'d','e',1,x'62706c6973743030ff'), (3,'d','f',4,'text'),
+    (4,'d','g',2,zeroblob(2000000)),
+    -- kinds that are unknown, missing, or no integer
+    (5,'d','h',3,null), (6,'d','i',null,null), (7,'d','j',1.5,null),
+    -- no identifier, a domain that is no text, one with a NUL, no path
+    (null,'d','k',1,null), (8,x'00','l',1,null), (9,'d'||char(0),'m',1,null), (10,'d',null,1,null),
+    -- an identifier too long to be read, which ends the reading
+    (hex(zeroblob(9000000)),'d','n',1,null), (11,'d','o',7,null))";
+  Inspection expected{.problems = {"mismatched-id a", "mismatched-id b", "mismatched-id c"}};
+  for (const char path : std::string("defghijklm"))
+    expected.problems.push_back(std::string("damaged-record ") + path);
+  expected.problems.insert(expected.problems.end(), 2, "damaged-record ");
   const SampleBackup backup("two-level");
-  backup.Run("", sql + "INSERT INTO Files VALUES (11,'d','unread',7,null)");
+  backup.Run("", sql);
   ExpectInspection(backup, expected);
 
   // Every row with the same long text: more bytes than the file holds.
@@ -168,22 +162,24 @@ TEST(Program, FindsEachFaultOfARecordFile) {
 }
 
 TEST(Program, NamesWhatItCannotReadAndLeavesItAsItIs) {
-  const std::string both[] = {"rm $m",                          // no manifest
-                              ": >$m",                          // empty
-                              "rm $m; mkfifo $m",               // a pipe
-                              "mv $m x; ln -s x $m",            // a link
-                              "printf mbdb >$m",                // cut off in the header of a record file
-                              "printf 'mbdb\\6%060d' 0 >$m",    // a record file of another version
-                              "printf %0500d 0 >Manifest.db"};  // no header of a database
-  const std::string databases[] = {
-      // SQL after "#", which the shell ignores
-      "mkfifo $m-journal",                                                    // a pipe as the journal
-      "mkfifo $m-wal",                                                        // a pipe as the log
-      "head -c 5000 $m >x; mv x $m",                                          // fewer pages than it says
-      "#ALTER TABLE Files DROP COLUMN flags",                                 // a column is missing
-      "#DROP TABLE Files; CREATE VIEW Files AS SELECT 1",                     // could compute forever
-      "#ALTER TABLE Files ADD COLUMN twice AS (flags+flags)",                 // could compute forever
-      "#DROP TABLE Files; CREATE VIRTUAL TABLE Files USING rtree(a, b, c)"};  // another module's code
+  // No manifest, an empty one, a pipe, a link, a record file that is truncated or of another version, and a
+  // file that is no database.
+  const std::string both[] = {"rm $m",
+                              ": >$m",
+                              "rm $m; mkfifo $m",
+                              "mv $m x; ln -s x $m",
+                              "printf mbdb >$m",
+                              "printf 'mbdb\\6%060d' 0 >$m",
+                              "printf %0500d 0 >Manifest.db"};
+  // Pipes as the journal and the log, fewer pages than the header says, a column too few; and what could
+  // compute forever: a view, a computed column, a virtual table. What follows "#" is SQL.
+  const std::string databases[] = {"mkfifo $m-journal",
+                                   "mkfifo $m-wal",
+                                   "head -c 5000 $m >x; mv x $m",
+                                   "#ALTER TABLE Files DROP COLUMN flags",
+                                   "#DROP TABLE Files; CREATE VIEW Files AS SELECT 1",
+                                   "#ALTER TABLE Files ADD COLUMN twice AS (flags+flags)",
+                                   "#DROP TABLE Files; CREATE VIRTUAL TABLE Files USING rtree(a, b, c)"};
   const auto expect_failure = [](const std::string& layout, const std::string& change) {
     SCOPED_TRACE(layout + ": " + change);
     const SampleBackup backup(layout, 3);
