@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <nlohmann/json.hpp>
@@ -60,6 +61,7 @@ TEST(Program, InspectsASampleOfEitherGeneration) {
     const Json json = Json::parse(backup.Run("hostutil inspect . --json").out);
     EXPECT_EQ(json["layout"], layout);
     EXPECT_EQ(json["files"]["bytes"].dump(), backup.Run("printf %d $(" + find + "cat {} + | wc -c)").out);
+    EXPECT_EQ(json["domains"]["HomeDomain"].dump(), R"({"files":11,"bytes":4568})");
     EXPECT_EQ(json["extensions"].dump(), R"({"jpg":12,"plist":8,"sqlite":4,"txt":16})");
     EXPECT_EQ(json["months"].dump(), R"({"2023-01":31,"2023-02":9})");
     EXPECT_EQ(json["device"]["Last Backup Date"], Utils::ConvertUtcToLocalDate(1699963200));
@@ -246,7 +248,9 @@ TEST(Program, ShowsHostileTextsHarmlessly) {
   backup.Run("",
              R"(INSERT INTO Files VALUES
       ('i'||char(27)||'[2J', 'd'||char(10,155), 'p'||char(13,127)||'.pl"'||char(9), 1, null),
-      ('j', CAST(x'80' AS TEXT), CAST(x'63c0af' AS TEXT), 1, null), ('k', 'd', 'bad', 8, null))");
+      ('j', CAST(x'80' AS TEXT), CAST(x'63c0af' AS TEXT), 1, null), ('k', 'd', 'bad', 8, null),
+      (replace(hex(zeroblob(25)), '0', 'é'), 'd', 'long', 1, null))");
+  EXPECT_THAT(backup.Run("hostutil inspect .").out, HasSubstr(' ' + Times(39, "é") + "…  "));
   for (const std::string line : {"inspect .", "list .", "inspect . --json", "list . --json"}) {
     const auto [status, out, err] = backup.Run("hostutil " + line);
     EXPECT_EQ(status, 1);
@@ -266,12 +270,18 @@ TEST(Program, PrintsPropertyListsAndRefusesBadUsage) {
     EXPECT_THAT(backup.Run("hostutil plist " + list).out,
                 HasSubstr("<key>Account</key>\n\t<string>(None)</string>"));
   }
-  EXPECT_THAT(backup.Look("hostutil plist $note"), IsFailure("is not a property list"));
-  EXPECT_THAT(backup.Look("hostutil inspect 'no\n'"), IsFailure("no\\\\n: No such file"));
+  backup.Run(": >empty; mkfifo pipe");
+  for (const auto& [arguments, reason] : {std::pair("plist $note", "is not a property list"),
+                                          {"plist empty", "empty: is empty"},
+                                          {"plist pipe", "pipe: is not a regular file"},
+                                          {"plist .", "is a folder"},
+                                          {"plist none", "none: No such file"},
+                                          {"inspect 'no\n'", "no\\\\n: No such file"}})
+    EXPECT_THAT(backup.Look(std::string("hostutil ") + arguments), IsFailure(reason));
   for (const std::string arguments :
        {"", "nothing", "inspect", "inspect ''", "inspect . --nothing", "inspect . second",
         "list . --match '('", "locate . d", "locate '' d p", "locate . d p --layout round", "sample .",
-        "plist .", "locate Info.plist d p --create", "sample new --files -1", "sample no/parent"}) {
+        "locate Info.plist d p --create", "sample new --files -1", "sample no/parent"}) {
     EXPECT_THAT(backup.Look("hostutil " + arguments), IsFailure("")) << arguments;
   }
   EXPECT_THAT(backup.Run("hostutil --version").out, MatchesRegex("hostutil [0-9.]+\n"));
@@ -309,15 +319,28 @@ TEST(Program, NoticesThatOutputIsLost) {
   }
 }
 
-TEST(Program, ShowsProgressOnATerminalOnly) {
+TEST(Program, ShowsProgressOnATerminalOnlyAndFitsTheReportIntoIt) {
   const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY);
-  ASSERT_TRUE(::grantpt(terminal) == 0 && ::unlockpt(terminal) == 0);
-  const std::string line = std::string("hostutil inspect . --json 2>") + ::ptsname(terminal);
-  EXPECT_TRUE(Json::accept(SampleBackup("two-level", 60).Run(line).out));
+  ASSERT_EQ(::grantpt(terminal) | ::unlockpt(terminal), 0);
+  const SampleBackup backup("two-level", 60);
+  const std::string device = ::ptsname(terminal);
   char text[4096] = "";
+  EXPECT_TRUE(Json::accept(backup.Run("hostutil inspect . --json 2>" + device).out));
   EXPECT_GT(::read(terminal, text, sizeof text - 1), 0);
-  ::close(terminal);
   EXPECT_THAT(text, MatchesRegex(".* entries, .* %, .*\r\x1b\\[K"));
+
+  const winsize size{24, 50, 0, 0};
+  EXPECT_EQ(::ioctl(terminal, TIOCSWINSZ, &size), 0);
+  EXPECT_EQ(backup.Run("rm $note; NO_COLOR=1 hostutil inspect . >" + device).status, 1);
+  std::string shown;
+  for (ssize_t length; (length = ::read(terminal, text, sizeof text)) > 0;)
+    shown.append(text, static_cast<std::size_t>(length));
+  ::close(terminal);
+  for (const std::string line :
+       {"    15fc2ced247331a73b58c5483ca9ffd310c3271d  Hom…\r\n", "Present           59 (31 KiB)\r\n",
+        "  HomeDomain                  16 files     8.4 KiB\r\n",
+        "  AppDomain-c…mple.notes       9 files     5.1 KiB\r\n", "  txt                         23\r\n"})
+    EXPECT_THAT(shown, HasSubstr("\n" + line));
 }
 
 }  // namespace
