@@ -37,12 +37,8 @@ TEST(LocalDates, FollowTheTimeZoneAtEveryCall) {
   // Time zones as rules, which need no zone database.
   constexpr char kUtc[] = "UTC0";
   constexpr char kBerlin[] = "CET-1CEST,M3.5.0,M10.5.0/3";
-  const struct {
-    const char* zone;
-    long time;
-    const char* date;
-    std::pair<std::string, std::string> month;
-  } cases[] = {
+  using Month = std::pair<std::string, std::string>;
+  const std::tuple<const char*, long, const char*, Month> cases[] = {
       {kUtc, 0, "1970-01-01 00:00:00", {"1970-01-01", "1970-01-31"}},
       {"EST5EDT,M3.2.0,M11.1.0", 0, "1969-12-31 19:00:00", {"1969-12-01", "1969-12-31"}},
       {kUtc, 1700000000, "2023-11-14 22:13:20", {"2023-11-01", "2023-11-30"}},
@@ -60,10 +56,10 @@ TEST(LocalDates, FollowTheTimeZoneAtEveryCall) {
       // The clocks changed on March 26 and October 29, 2023: off by a day within an hour of midnight.
       {kBerlin, 1697322600, "2023-10-15 00:30:00", {"2023-10-01", "2023-10-30"}},
       {kBerlin, 1678833000, "2023-03-14 23:30:00", {"2023-04-01", "2023-04-01"}}};
-  for (const auto& c : cases) {
-    ::setenv("TZ", c.zone, 1);
-    EXPECT_EQ(Utils::ConvertUtcToLocalDate(c.time), c.date) << c.zone << ' ' << c.time;
-    EXPECT_EQ(Utils::MonthRange(c.time), c.month) << c.zone << ' ' << c.time;
+  for (const auto& [zone, time, date, month] : cases) {
+    ::setenv("TZ", zone, 1);
+    EXPECT_EQ(Utils::ConvertUtcToLocalDate(time), date) << zone << ' ' << time;
+    EXPECT_EQ(Utils::MonthRange(time), month) << zone << ' ' << time;
   }
 }
 

@@ -26,14 +26,13 @@ TEST(Paths, AreTakenApart) {
   }
 }
 
+// Valid names of 2, 3 and 4 bytes; truncated ones; overlong forms of "/"; a surrogate; two beyond U+10FFFF; a
+// lone continuation byte.
 TEST(GetParentDir, CutsTextsInAnyEncoding) {
   const AutoreleasePool pool;
-  for (const std::string name : {"\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80",  // valid: 2, 3 and 4 bytes
-                                 "\xC3", "\xE2\x82", "\xF0\x9F\x98",              // truncated
-                                 "\xC0\xAF", "\xE0\x80\xAF", "\xF0\x80\x80\xAF",  // overlong forms of "/"
-                                 "\xED\xA0\x80",                                  // a surrogate
-                                 "\xF4\x90\x80\x80", "\xF5\x80\x80\x80",          // beyond U+10FFFF
-                                 "\x80"})                                         // a lone continuation byte
+  for (const std::string name :
+       {"\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80", "\xC3", "\xE2\x82", "\xF0\x9F\x98", "\xC0\xAF",
+        "\xE0\x80\xAF", "\xF0\x80\x80\xAF", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "\x80"})
     EXPECT_EQ(Utils::GetParentDir((name + "/" + name).c_str()), name + "/");
 }
 

@@ -83,50 +83,44 @@ TEST(PlistLimits, ListsThatExpandOrNestTooFarOrHoldNulsAreRejected) {
   EXPECT_TRUE(IsSafe(List({"\xA3\1\1\1", many_references, "Skey"}, 1)));
 }
 
+void ExpectValid(bool valid, const std::string& list) {
+  SCOPED_TRACE(testing::PrintToString(list));
+  const std::vector<char> bytes(list.begin(), list.end());
+  const auto length = static_cast<std::uint32_t>(bytes.size());
+  Reader reader;
+  EXPECT_EQ(reader.Open(bytes.data(), length) && PlistLimits::BinaryIsValid(reader, length), valid);
+  const Libplist::Node root(Libplist::Parse(plist_from_bin, bytes.data(), length));
+  EXPECT_EQ(root != nullptr, valid);
+}
+
 TEST(PlistLimits, ListsAreValidWhenLibplistParsesThem) {
-  const std::string good = List({"\xD1\1\1", "Qx"}, 1);
-  const auto changed = [&good](std::size_t from_end, char byte) {
-    return std::string(good).replace(good.size() - from_end, 1, 1, byte);
-  };
-  const std::tuple<const char*, std::string, bool> cases[] = {
-      {"a dictionary", good, true},
-      {"the longest number of each kind",
-       List({"\xA4\1\2\3\4", "\x14" + Times(16, "\1"), "\x23" + Times(8, "\1"), "\x33" + Times(8, "\1"),
-             "\x83\xFF\xFF\xFF\xFF"},
-            1),
-       true},
-      {"an integer that reaches into the table", ArrayOf("\x13\1"), false},
-      {"a real that reaches into the table", ArrayOf("\x22\1\1\1"), false},
-      {"a date that reaches into the table", ArrayOf("\x33" + Times(7, "\1")), false},
-      {"null", ArrayOf("\0"s), Libplist::kReadsNull},
-      {"a UID of more than 32 bits", ArrayOf("\x84\1\0\0\0\0"s), false},
-      {"a UID that reaches into the table", ArrayOf("\x81\1"), false},
-      {"data that reaches into the table", ArrayOf("\x42x"), false},
-      {"ASCII with a NUL", ArrayOf("\x53x\0y"s), true},
-      {"UTF-16 with zero bytes but no NUL", ArrayOf("\x62\0a\1\0"s), true},
-      {"UTF-16 that reaches into the table", ArrayOf("\x62\1\1\1"), false},
-      {"UTF-16 without a unit", ArrayOf("\x60"), false},
-      {"a count of 8 bytes", ArrayOf(Counted(BinaryPlist::kAsciiString, 1, "x", 3)), true},
-      {"a count that is no integer", ArrayOf("\x5F\x20\1x"), false},
-      {"a count that reaches into the table", ArrayOf("\x4F\x12\0\0\0"s), false},
-      // The last reference, 0, is the first byte of the table.
-      {"an array that reaches into the table", List({"\x09", "\xA2\0"s}, 1, 1), false},
-      {"a dictionary that reaches into the table", List({"Qk", "\xD2\0\0\0"s}, 1, 1), false},
-      {"a key that is no string", List({"\xD1\1\2", "\x09", "Qx"}, 1), false},
-      {"a reference to no object", List({"\xA1\1"}, 1), false},
-      {"an offset size of 0", changed(26, '\0'), false},
-      {"a reference size of 0", changed(25, '\0'), false},
-      {"a table that reaches into the trailer", changed(17, '\3'), false},
-      {"a table offset in the trailer", changed(1, '\x20'), false},
-      {"a table offset in the header", changed(1, '\7'), false},
-      {"too short", good.substr(0, 39), false}};
-  for (const auto& [name, list, valid] : cases) {
-    const std::vector<char> bytes(list.begin(), list.end());
-    const auto length = static_cast<std::uint32_t>(bytes.size());
-    Reader reader;
-    EXPECT_EQ(reader.Open(bytes.data(), length) && PlistLimits::BinaryIsValid(reader, length), valid) << name;
-    const Libplist::Node root(Libplist::Parse(plist_from_bin, bytes.data(), length));
-    EXPECT_EQ(root != nullptr, valid) << name;
+  const std::string ones = Times(16, "\1"), good = List({"\xD1\1\1", "Qx"}, 1);
+  ExpectValid(true, good);
+  ExpectValid(Libplist::kReadsNull, ArrayOf("\0"s));
+  // The longest number of each kind; ASCII with a NUL; UTF-16 with zero bytes but no NUL; a count of 8 bytes.
+  for (const std::string& object :
+       {"\x14" + ones, "\x23" + ones.substr(8), "\x33" + ones.substr(8), "\x83\xFF\xFF\xFF\xFF"s, "\x53x\0y"s,
+        "\x62\0a\1\0"s, Counted(BinaryPlist::kAsciiString, 1, "x", 3)})
+    ExpectValid(true, ArrayOf(object));
+  // An integer, real, date, UID, data, UTF-16 and count that reach into the table.
+  for (const std::string& object : {"\x13\1"s, "\x22\1\1\1"s, "\x33" + ones.substr(9), "\x81\1"s, "\x42x"s,
+                                    "\x62\1\1\1"s, "\x4F\x12\0\0\0"s})
+    ExpectValid(false, ArrayOf(object));
+  // A UID of more than 32 bits; UTF-16 without a unit; a count that is no integer.
+  for (const std::string& object : {"\x84\1\0\0\0\0"s, "\x60"s, "\x5F\x20\1x"s})
+    ExpectValid(false, ArrayOf(object));
+  // An array and a dictionary that reach into the table, the first byte of which is the reference 0.
+  ExpectValid(false, List({"\x09", "\xA2\0"s}, 1, 1));
+  ExpectValid(false, List({"Qk", "\xD2\0\0\0"s}, 1, 1));
+  ExpectValid(false, List({"\xD1\1\2", "\x09", "Qx"}, 1));  // a key that is no string
+  ExpectValid(false, List({"\xA1\1"}, 1));                  // a reference to no object
+  ExpectValid(false, good.substr(0, 39));                   // too short
+  // An offset size and a reference size of 0; a table that reaches into the trailer, that is in it, and that
+  // is in the header.
+  for (const auto& [from_end, byte] : {std::pair(26, '\0'), {25, '\0'}, {17, '\3'}, {1, '\x20'}, {1, '\7'}}) {
+    std::string changed = good;
+    *(changed.end() - from_end) = byte;
+    ExpectValid(false, changed);
   }
 }
 

@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <nlohmann/json.hpp>
@@ -60,6 +61,7 @@ TEST(Program, InspectsASampleOfEitherGeneration) {
     const Json json = Json::parse(backup.Run("hostutil inspect . --json").out);
     EXPECT_EQ(json["layout"], layout);
     EXPECT_EQ(json["files"]["bytes"].dump(), backup.Run("printf %d $(" + find + "cat {} + | wc -c)").out);
+    EXPECT_EQ(json["domains"]["HomeDomain"].dump(), R"({"files":11,"bytes":4568})");
     EXPECT_EQ(json["extensions"].dump(), R"({"jpg":12,"plist":8,"sqlite":4,"txt":16})");
     EXPECT_EQ(json["months"].dump(), R"({"2023-01":31,"2023-02":9})");
     EXPECT_EQ(json["device"]["Last Backup Date"], Utils::ConvertUtcToLocalDate(1699963200));
@@ -102,31 +104,25 @@ TEST(Program, FindsEachFaultOfAFile) {
 }
 
 TEST(Program, FindsEachFaultOfADatabase) {
-  const std::pair<const char*, const char*> faults[] = {
-      {"'../../x','d','a',2,null", "mismatched-id a"},               // leaves the backup's folder
-      {"'a','d','b',2,null", "mismatched-id b"},                     // shorter than its folder's name
-      {"'/etc','d','c',2,null", "mismatched-id c"},                  // an absolute path
-      {"1,'d','d',1,x''", "damaged-record d"},                       // an empty list
-      {"2,'d','e',1,x'62706c6973743030ff'", "damaged-record e"},     // a list without a trailer
-      {"3,'d','f',4,'text'", "damaged-record f"},                    // a text in place of the list
-      {"4,'d','g',2,zeroblob(2000000)", "damaged-record g"},         // a list beyond the limit
-      {"5,'d','h',3,null", "damaged-record h"},                      // an unknown kind
-      {"6,'d','i',null,null", "damaged-record i"},                   // no kind
-      {"7,'d','j',1.5,null", "damaged-record j"},                    // a kind that is no integer
-      {"null,'d','k',1,null", "damaged-record k"},                   // no identifier
-      {"8,x'00','l',1,null", "damaged-record l"},                    // a domain that is no text
-      {"9,'d'||char(0),'m',1,null", "damaged-record m"},             // a NUL in the domain
-      {"10,'d',null,1,null", "damaged-record "},                     // no path
-      {"hex(zeroblob(9000000)),'d','n',1,null", "damaged-record "},  // too long to be read: ends the reading
-  };
-  std::string sql = "UPDATE Files SET file=null;";
-  Inspection expected;
-  for (const auto& [row, problem] : faults) {
-    sql += std::string("INSERT INTO Files VALUES (") + row + ");";
-    expected.problems.push_back(problem);
-  }
+  // Rows with the paths a, b, c and so on.
+  const char* const sql = R"(UPDATE Files SET file=null; INSERT INTO Files VALUES
+    -- identifiers that leave the folder, are shorter than their folder's name, or are an absolute path
+    ('../../x','d','a',2,null), ('a','d','b',2,null), ('/etc','d','c',2,null),
+    -- lists that are empty, lack the trailer, are a text, or are beyond the limit
+    (1,'d','d',1,x''), (2,'d','e',1,x'62706c6973743030ff'), (3,'d','f',4,'text'),
+    (4,'d','g',2,zeroblob(2000000)),
+    -- kinds that are unknown, missing, or no integer
+    (5,'d','h',3,null), (6,'d','i',null,null), (7,'d','j',1.5,null),
+    -- no identifier, a domain that is no text, one with a NUL, no path
+    (null,'d','k',1,null), (8,x'00','l',1,null), (9,'d'||char(0),'m',1,null), (10,'d',null,1,null),
+    -- an identifier too long to be read, which ends the reading
+    (hex(zeroblob(9000000)),'d','n',1,null), (11,'d','o',7,null))";
+  Inspection expected{.problems = {"mismatched-id a", "mismatched-id b", "mismatched-id c"}};
+  for (const char path : std::string("defghijklm"))
+    expected.problems.push_back(std::string("damaged-record ") + path);
+  expected.problems.insert(expected.problems.end(), 2, "damaged-record ");
   const SampleBackup backup("two-level");
-  backup.Run("", sql + "INSERT INTO Files VALUES (11,'d','unread',7,null)");
+  backup.Run("", sql);
   ExpectInspection(backup, expected);
 
   // Every row with the same long text: more bytes than the file holds.
@@ -168,29 +164,35 @@ TEST(Program, FindsEachFaultOfARecordFile) {
 }
 
 TEST(Program, NamesWhatItCannotReadAndLeavesItAsItIs) {
-  const auto expect_failure = [](const std::string& layout, const std::string& line, const std::string& sql) {
+  // No manifest, an empty one, a pipe, a link, a record file that is truncated or of another version, and a
+  // file that is no database.
+  const std::string both[] = {"rm $m",
+                              ": >$m",
+                              "rm $m; mkfifo $m",
+                              "mv $m x; ln -s x $m",
+                              "printf mbdb >$m",
+                              "printf 'mbdb\\6%060d' 0 >$m",
+                              "printf %0500d 0 >Manifest.db"};
+  // Pipes as the journal and the log, fewer pages than the header says, a column too few; and what could
+  // compute forever: a view, a computed column, a virtual table. What follows "#" is SQL.
+  const std::string databases[] = {"mkfifo $m-journal",
+                                   "mkfifo $m-wal",
+                                   "head -c 5000 $m >x; mv x $m",
+                                   "#ALTER TABLE Files DROP COLUMN flags",
+                                   "#DROP TABLE Files; CREATE VIEW Files AS SELECT 1",
+                                   "#ALTER TABLE Files ADD COLUMN twice AS (flags+flags)",
+                                   "#DROP TABLE Files; CREATE VIRTUAL TABLE Files USING rtree(a, b, c)"};
+  const auto expect_failure = [](const std::string& layout, const std::string& change) {
+    SCOPED_TRACE(layout + ": " + change);
     const SampleBackup backup(layout, 3);
-    EXPECT_EQ(backup.Run("m=$(echo Manifest.[dm]*); " + line, sql).err, "");
-    for (const std::string command : {"inspect . --json", "list ."}) {
-      EXPECT_THAT(backup.Look("hostutil " + command), IsFailure("(holds no backup|/Manifest[^:]*: .+)"))
-          << line << sql;
-    }
+    const std::string sql = change[0] == '#' ? change.substr(1) : "";
+    EXPECT_EQ(backup.Run("m=$(echo Manifest.[dm]*); " + change, sql).err, "");
+    for (const std::string command : {"inspect . --json", "list ."})
+      EXPECT_THAT(backup.Look("hostutil " + command), IsFailure("(holds no backup|/Manifest[^:]*: .+)"));
   };
-  for (const std::string line :
-       {"rm $m", ": >$m", "rm $m; mkfifo $m", "mv $m x; ln -s x $m", "printf mbdb >$m",
-        "printf 'mbdb\\6%060d' 0 >$m", "printf %0500d 0 >Manifest.db"}) {
-    for (const std::string& layout : kLayouts) expect_failure(layout, line, "");
-  }
-  for (const auto& [line, sql] :
-       {std::pair("mkfifo $m-journal", ""),
-        {"mkfifo $m-wal", ""},
-        {"head -c 5000 $m >x; mv x $m", ""},
-        {"", "ALTER TABLE Files DROP COLUMN flags"},
-        {"", "DROP TABLE Files; CREATE VIEW Files AS SELECT 1"},
-        {"", "ALTER TABLE Files ADD COLUMN twice AS (flags+flags)"},
-        {"", "DROP TABLE Files; CREATE VIRTUAL TABLE Files USING rtree(a, b, c)"}}) {
-    expect_failure("two-level", line, sql);
-  }
+  for (const std::string& change : both)
+    for (const std::string& layout : kLayouts) expect_failure(layout, change);
+  for (const std::string& change : databases) expect_failure("two-level", change);
 }
 
 TEST(Program, ReadsBesideAWriterAndAfterAStoppedOne) {
@@ -246,7 +248,9 @@ TEST(Program, ShowsHostileTextsHarmlessly) {
   backup.Run("",
              R"(INSERT INTO Files VALUES
       ('i'||char(27)||'[2J', 'd'||char(10,155), 'p'||char(13,127)||'.pl"'||char(9), 1, null),
-      ('j', CAST(x'80' AS TEXT), CAST(x'63c0af' AS TEXT), 1, null), ('k', 'd', 'bad', 8, null))");
+      ('j', CAST(x'80' AS TEXT), CAST(x'63c0af' AS TEXT), 1, null), ('k', 'd', 'bad', 8, null),
+      (replace(hex(zeroblob(25)), '0', 'é'), 'd', 'long', 1, null))");
+  EXPECT_THAT(backup.Run("hostutil inspect .").out, HasSubstr(' ' + Times(39, "é") + "…  "));
   for (const std::string line : {"inspect .", "list .", "inspect . --json", "list . --json"}) {
     const auto [status, out, err] = backup.Run("hostutil " + line);
     EXPECT_EQ(status, 1);
@@ -266,12 +270,18 @@ TEST(Program, PrintsPropertyListsAndRefusesBadUsage) {
     EXPECT_THAT(backup.Run("hostutil plist " + list).out,
                 HasSubstr("<key>Account</key>\n\t<string>(None)</string>"));
   }
-  EXPECT_THAT(backup.Look("hostutil plist $note"), IsFailure("is not a property list"));
-  EXPECT_THAT(backup.Look("hostutil inspect 'no\n'"), IsFailure("no\\\\n: No such file"));
+  backup.Run(": >empty; mkfifo pipe");
+  for (const auto& [arguments, reason] : {std::pair("plist $note", "is not a property list"),
+                                          {"plist empty", "empty: is empty"},
+                                          {"plist pipe", "pipe: is not a regular file"},
+                                          {"plist .", "is a folder"},
+                                          {"plist none", "none: No such file"},
+                                          {"inspect 'no\n'", "no\\\\n: No such file"}})
+    EXPECT_THAT(backup.Look(std::string("hostutil ") + arguments), IsFailure(reason));
   for (const std::string arguments :
        {"", "nothing", "inspect", "inspect ''", "inspect . --nothing", "inspect . second",
         "list . --match '('", "locate . d", "locate '' d p", "locate . d p --layout round", "sample .",
-        "plist .", "locate Info.plist d p --create", "sample new --files -1", "sample no/parent"}) {
+        "locate Info.plist d p --create", "sample new --files -1", "sample no/parent"}) {
     EXPECT_THAT(backup.Look("hostutil " + arguments), IsFailure("")) << arguments;
   }
   EXPECT_THAT(backup.Run("hostutil --version").out, MatchesRegex("hostutil [0-9.]+\n"));
@@ -309,15 +319,28 @@ TEST(Program, NoticesThatOutputIsLost) {
   }
 }
 
-TEST(Program, ShowsProgressOnATerminalOnly) {
+TEST(Program, ShowsProgressOnATerminalOnlyAndFitsTheReportIntoIt) {
   const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY);
-  ASSERT_TRUE(::grantpt(terminal) == 0 && ::unlockpt(terminal) == 0);
-  const std::string line = std::string("hostutil inspect . --json 2>") + ::ptsname(terminal);
-  EXPECT_TRUE(Json::accept(SampleBackup("two-level", 60).Run(line).out));
+  ASSERT_EQ(::grantpt(terminal) | ::unlockpt(terminal), 0);
+  const SampleBackup backup("two-level", 60);
+  const std::string device = ::ptsname(terminal);
   char text[4096] = "";
+  EXPECT_TRUE(Json::accept(backup.Run("hostutil inspect . --json 2>" + device).out));
   EXPECT_GT(::read(terminal, text, sizeof text - 1), 0);
-  ::close(terminal);
   EXPECT_THAT(text, MatchesRegex(".* entries, .* %, .*\r\x1b\\[K"));
+
+  const winsize size{24, 50, 0, 0};
+  EXPECT_EQ(::ioctl(terminal, TIOCSWINSZ, &size), 0);
+  EXPECT_EQ(backup.Run("rm $note; NO_COLOR=1 hostutil inspect . >" + device).status, 1);
+  std::string shown;
+  for (ssize_t length; (length = ::read(terminal, text, sizeof text)) > 0;)
+    shown.append(text, static_cast<std::size_t>(length));
+  ::close(terminal);
+  for (const std::string line :
+       {"    15fc2ced247331a73b58c5483ca9ffd310c3271d  Hom…\r\n", "Present           59 (31 KiB)\r\n",
+        "  HomeDomain                  16 files     8.4 KiB\r\n",
+        "  AppDomain-c…mple.notes       9 files     5.1 KiB\r\n", "  txt                         23\r\n"})
+    EXPECT_THAT(shown, HasSubstr("\n" + line));
 }
 
 }  // namespace

@@ -55,6 +55,10 @@ int OneStatement(void* context, int, const char*, const char*, const char*, cons
   return statement == nullptr || sqlite3_next_stmt(db, statement) == nullptr ? SQLITE_OK : SQLITE_DENY;
 }
 
+// The numbers are part of the interface.
+static_assert(Found == TableCheckStatus{0} && NotFound == TableCheckStatus{1} &&
+              NotChecked == TableCheckStatus{2} && PrepareFailed == TableCheckStatus{3});
+
 TEST(TableCheck, FindsTablesAndColumnsAndLogsWhatSqliteRejects) {
   const Database db = Open(":memory:", R"(
       create table Files(fileID); create table Full(a); insert into Full values (1);
