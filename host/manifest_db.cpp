@@ -22,7 +22,7 @@ constexpr char kRows[] = "SELECT fileID, domain, relativePath, flags, file FROM 
 constexpr char kLastRow[] = "SELECT max(rowid) FROM Files";
 enum Column : std::uint8_t { kId, kDomain, kPath, kFlags, kFile };
 
-constexpr std::size_t kLongestText = 65534;        // bytes, as in the record file of the other generation
+constexpr std::size_t kLongestText = 65534;  // bytes, as in the record file of the other generation
 constexpr std::uint64_t kSmallestRow = 8;  // bytes: two of pointer, two of prefix, a header for five columns
 
 // Why the rows cannot be read, after the statement for them failed with `code`.
@@ -139,8 +139,7 @@ class DatabaseReader final : public Manifest {
     for (Value& value : values_) {
       value.type = sqlite3_column_type(rows_.get(), column);
       const bool has_bytes = value.type == SQLITE_TEXT || value.type == SQLITE_BLOB;
-      value.length =
-          has_bytes ? static_cast<std::size_t>(sqlite3_column_bytes(rows_.get(), column)) : 0;
+      value.length = has_bytes ? static_cast<std::size_t>(sqlite3_column_bytes(rows_.get(), column)) : 0;
       bytes_read_ += value.length;
       ++column;
     }
