@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 
 #include "common/utils.h"
 #include "failure.h"
@@ -19,7 +20,7 @@ constexpr char kTable[] = "Files";
 constexpr char kColumns[] = "PRAGMA table_xinfo(Files)";
 constexpr char kRows[] = "SELECT fileID, domain, relativePath, flags, file FROM Files";
 constexpr char kLastRow[] = "SELECT max(rowid) FROM Files";
-enum Column : int { kId, kDomain, kPath, kFlags, kFile };
+enum Column : std::uint8_t { kId, kDomain, kPath, kFlags, kFile };
 
 constexpr std::size_t kLongestText = 65534;  // bytes, as in the record file of the other generation
 constexpr std::uint64_t kSmallestRow = 8;  // bytes: two of pointer, two of prefix, a header for five columns
