@@ -4,7 +4,7 @@
 //   void AddTouch(CLI::App& app, ExitStatus& status) {
 //     const auto options = std::make_shared<Options>();
 //     CLI::App* const command = app.add_subcommand("touch", "Set the time of a file");
-//     command->footer("Example:\n  hostutil touch FILE");
+//     command->footer("Example:\n  $ hostutil touch FILE");
 //     command->add_option("FILE", options->file, "the file")->required();
 //     command->callback([options, &status] { status = Run(*options); });
 //   }

@@ -1,6 +1,4 @@
 #include <fmt/format.h>
-#include <signal.h>
-
 #include <nlohmann/json.hpp>
 
 #include "command.h"
@@ -49,7 +47,6 @@ std::string AsText(const ExtractOptions& options, const Extracted& extracted) {
 }
 
 ExitStatus RunUninterrupted(const Options& options) {
-  ::signal(SIGXFSZ, SIG_IGN);  // writing beyond the limit on a file's size then fails with EFBIG
   Selection selection(options.selection);
   const Extracted extracted = Extract(options.extract, selection);
   Output output;
