@@ -18,7 +18,6 @@ using testing::FieldsAre;
 using testing::HasSubstr;
 using testing::MatchesRegex;
 
-constexpr auto kFile = EntryKind::File;
 constexpr auto kFolder = EntryKind::Directory;
 constexpr auto kLink = EntryKind::Link;
 

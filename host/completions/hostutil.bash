@@ -15,11 +15,11 @@ _hostutil() {
     --html)
       mapfile -t COMPREPLY < <(compgen -f -- "$word")
       return ;;
-    --match | --domain | --files)
+    --match | --domain | --files | --jobs)
       return ;;
   esac
   if [[ $word == -* ]]; then
-    words=$("$program" "${COMP_WORDS[1]}" --help 2>/dev/null | grep -o -- '^  .*--[a-z]*' | grep -o -- '--[a-z]*')
+    words=$("$program" "${COMP_WORDS[1]}" --help 2>/dev/null | grep -o -- '^  .*--[a-z-]*' | grep -o -- '--[a-z-]*')
     mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
   elif [[ ${COMP_WORDS[1]} == plist ]]; then
     mapfile -t COMPREPLY < <(compgen -f -- "$word")
