@@ -19,7 +19,7 @@ _hostutil() {
       return ;;
   esac
   if [[ $word == -* ]]; then
-    words=$("$program" "${COMP_WORDS[1]}" --help 2>/dev/null | grep -o -- '^  .*--[a-z-]*' | grep -o -- '--[a-z-]*')
+    words=$("$program" "${COMP_WORDS[1]}" --help 2>/dev/null | sed -n 's/^  \(-h, \)\{0,1\}\(--[a-z-]*\).*/\2/p')
     mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
   elif [[ ${COMP_WORDS[1]} == plist ]]; then
     mapfile -t COMPREPLY < <(compgen -f -- "$word")
