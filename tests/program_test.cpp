@@ -1,21 +1,14 @@
-#include <fcntl.h>
-#include <gmock/gmock.h>
 #include <sys/ioctl.h>
-#include <unistd.h>
 
-#include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "support/program.h"
 
 namespace {
 
-using Json = nlohmann::ordered_json;
 using testing::FieldsAre;
 using testing::HasSubstr;
 using testing::MatchesRegex;
-
-const std::string kLayouts[] = {"two-level", "flat"};
 
 auto LinesOf(const std::string& text) {
   return std::count(text.begin(), text.end(), '\n');
@@ -32,13 +25,9 @@ void ExpectInspection(const SampleBackup& backup, const Inspection& expected) {
   EXPECT_EQ(status, expected.problems.empty() ? 0 : 1);
   EXPECT_EQ(err, "");
   const Json json = Json::parse(out);
-  std::vector<std::string> problems;
   std::map<std::string, int> counts;
-  for (const Json& problem : json["problems"]) {
-    ++counts[problem["kind"].get<std::string>()];
-    problems.push_back(problem["kind"].get<std::string>() + ' ' + problem["path"].get<std::string>());
-  }
-  EXPECT_EQ(problems, expected.problems);
+  for (const Json& problem : json["problems"]) ++counts[problem["kind"].get<std::string>()];
+  EXPECT_EQ(ProblemsOf(json), expected.problems);
   EXPECT_EQ(json["files"]["listed"], expected.listed);
   EXPECT_EQ(json["files"]["present"], expected.present);
   EXPECT_EQ(json["files"]["missing"], counts["missing"]);
@@ -46,11 +35,6 @@ void ExpectInspection(const SampleBackup& backup, const Inspection& expected) {
   EXPECT_EQ(json["files"]["wrong_size"], counts["wrong-size"]);
   EXPECT_EQ(json["property_lists"]["read"], expected.read);
   EXPECT_EQ(json["property_lists"]["damaged"], counts["damaged-property-list"]);
-}
-
-// A failure whose one line holds `reason`, a regular expression.
-auto IsFailure(const std::string& reason) {
-  return FieldsAre(2, "", MatchesRegex("hostutil: [^\n]*" + reason + "[^\n]*\n"));
 }
 
 TEST(Program, InspectsASampleOfEitherGeneration) {
@@ -280,7 +264,8 @@ TEST(Program, PrintsPropertyListsAndRefusesBadUsage) {
     EXPECT_THAT(backup.Look(std::string("hostutil ") + arguments), IsFailure(reason));
   for (const std::string arguments :
        {"", "nothing", "inspect", "inspect ''", "inspect . --nothing", "inspect . second",
-        "list . --match '('", "locate . d", "locate '' d p", "locate . d p --layout round", "sample .",
+        "inspect . --jobs 0", "inspect . --jobs 257", "inspect . --jobs x", "list . --match '('",
+        "locate . d", "locate '' d p", "locate . d p --layout round", "sample .",
         "locate Info.plist d p --create", "sample new --files -1", "sample no/parent"}) {
     EXPECT_THAT(backup.Look("hostutil " + arguments), IsFailure("")) << arguments;
   }
@@ -311,7 +296,8 @@ TEST(Program, HelpListsEveryCommandAndTheOptionsOfEach) {
 TEST(Program, NoticesThatOutputIsLost) {
   const SampleBackup backup("flat", 3);
   backup.Run("mkfifo ../pipe");
-  for (const std::string arguments : {"inspect .", "list .", "plist Info.plist", "--help"}) {
+  for (const std::string arguments :
+       {"inspect .", "list .", "plist Info.plist", "plist Info.plist --json", "--help"}) {
     // A pipe that nobody reads any more, with the signal for that ignored.
     const std::string closed = "trap '' PIPE; exec 3<>../pipe 4>../pipe 3>&-; hostutil " + arguments + " >&4";
     EXPECT_THAT(backup.Run(closed), FieldsAre(2, "", ""));
@@ -320,22 +306,15 @@ TEST(Program, NoticesThatOutputIsLost) {
 }
 
 TEST(Program, ShowsProgressOnATerminalOnlyAndFitsTheReportIntoIt) {
-  const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY);
-  ASSERT_EQ(::grantpt(terminal) | ::unlockpt(terminal), 0);
+  const Terminal progress, report;
   const SampleBackup backup("two-level", 60);
-  const std::string device = ::ptsname(terminal);
-  char text[4096] = "";
-  EXPECT_TRUE(Json::accept(backup.Run("hostutil inspect . --json 2>" + device).out));
-  EXPECT_GT(::read(terminal, text, sizeof text - 1), 0);
-  EXPECT_THAT(text, MatchesRegex(".* entries, .* %, .*\r\x1b\\[K"));
+  EXPECT_TRUE(Json::accept(backup.Run("hostutil inspect . --json 2>" + progress.Name()).out));
+  EXPECT_THAT(progress.Read(), MatchesRegex(".* entries, .* %, .*\r\x1b\\[K"));
 
   const winsize size{24, 50, 0, 0};
-  EXPECT_EQ(::ioctl(terminal, TIOCSWINSZ, &size), 0);
-  EXPECT_EQ(backup.Run("rm $note; NO_COLOR=1 hostutil inspect . >" + device).status, 1);
-  std::string shown;
-  for (ssize_t length; (length = ::read(terminal, text, sizeof text)) > 0;)
-    shown.append(text, static_cast<std::size_t>(length));
-  ::close(terminal);
+  EXPECT_EQ(::ioctl(report.descriptor(), TIOCSWINSZ, &size), 0);
+  EXPECT_EQ(backup.Run("rm $note; NO_COLOR=1 hostutil inspect . >" + report.Name()).status, 1);
+  const std::string shown = report.Read();
   for (const std::string line :
        {"    15fc2ced247331a73b58c5483ca9ffd310c3271d  Hom…\r\n", "Present           59 (31 KiB)\r\n",
         "  HomeDomain                  16 files     8.4 KiB\r\n",

@@ -7,8 +7,6 @@
 #include "host/sample_manifest.h"
 #include "support/program.h"
 
-inline const std::string kLayouts[] = {"two-level", "flat"};
-
 inline Entry EntryOf(const std::string& domain, const std::string& path, EntryKind kind = EntryKind::File,
                      std::uint64_t size = 1, long modified = 1700000000) {
   return {"", domain, path, kind, size, modified};

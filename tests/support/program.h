@@ -2,8 +2,13 @@
 
 #pragma once
 
+#include <fcntl.h>
+#include <gmock/gmock.h>
 #include <sqlite3.h>
 #include <sys/wait.h>
+#include <unistd.h>
+
+#include <nlohmann/json.hpp>
 
 #include "common/utils.h"
 #include "support/temporary_folder.h"
@@ -13,6 +18,23 @@ struct ProgramResult {
   std::string out;
   std::string err;
 };
+
+using Json = nlohmann::ordered_json;
+
+inline const std::string kLayouts[] = {"two-level", "flat"};
+
+// A failure whose one line holds `reason`, a regular expression.
+inline auto IsFailure(const std::string& reason) {
+  return testing::FieldsAre(2, "", testing::MatchesRegex("hostutil: [^\n]*" + reason + "[^\n]*\n"));
+}
+
+// The kind and the path of each problem.
+inline std::vector<std::string> ProblemsOf(const Json& json) {
+  std::vector<std::string> problems;
+  for (const Json& problem : json["problems"])
+    problems.push_back(problem["kind"].get<std::string>() + ' ' + problem["path"].get<std::string>());
+  return problems;
+}
 
 // Three files of the sample, all in HomeDomain.
 inline const std::string kNote = "Documents/note-7.txt";
@@ -26,9 +48,9 @@ struct SampleBackup {
     EXPECT_EQ(Run("hostutil sample . --layout " + layout + " --files " + std::to_string(files)).status, 0);
   }
 
-  // Runs a line of the shell in the backup's folder. In it `hostutil` is the program, and $note, $binary and
-  // $xml are where the three files above are stored. When there is `sql`, the line runs after it and while
-  // its connection to Manifest.db is still open.
+  // Runs a line of the shell in the backup's folder. In it `hostutil` is the program, `plain` is the program
+  // without root's right to read everything, and $note, $binary and $xml are where the three files above are
+  // stored. When there is `sql`, the line runs after it and while its connection to Manifest.db is still open.
   ProgramResult Run(const std::string& line, const std::string& sql = "") const {
     sqlite3* connection = nullptr;
     if (!sql.empty()) {
@@ -37,7 +59,10 @@ struct SampleBackup {
     }
     const std::unique_ptr<sqlite3, int (*)(sqlite3*)> closer(connection, sqlite3_close);
     std::string script = "cd '" + folder.Path("backup") + "' || exit; exec >../out 2>../err\n" +
-                         "hostutil() { " HOSTUTIL_PROGRAM " \"$@\"; }\n";
+                         "hostutil() { " HOSTUTIL_PROGRAM " \"$@\"; }\n" +
+                         "drop() { [ $(id -u) != 0 ] || set -- setpriv " +
+                         "--bounding-set=-dac_override,-dac_read_search \"$@\"; \"$@\"; }\n" +
+                         "plain() { drop " HOSTUTIL_PROGRAM " \"$@\"; }\n";
     for (const auto& [name, path] : {std::pair("note", kNote), {"binary", kBinaryList}, {"xml", kXmlList}})
       script += name + ("=$(find . -name " + Utils::CalcFileID("HomeDomain", path.c_str())) + ")\n";
     const int status = std::system((script + line).c_str());
@@ -53,4 +78,26 @@ struct SampleBackup {
   }
 
   TemporaryFolder folder;  // holds the backup in its folder backup
+};
+
+// A terminal, for what the program prints there.
+class Terminal {
+ public:
+  Terminal() { EXPECT_EQ(::grantpt(master_) | ::unlockpt(master_), 0); }
+  ~Terminal() { ::close(master_); }
+
+  std::string Name() const { return ::ptsname(master_); }
+  int descriptor() const { return master_; }
+
+  // What was printed. The first call waits for it; the end of the last writer ends it.
+  std::string Read() const {
+    std::string all;
+    char text[4096];
+    for (ssize_t length; (length = ::read(master_, text, sizeof text)) > 0;)
+      all.append(text, static_cast<std::size_t>(length));
+    return all;
+  }
+
+ private:
+  int master_ = ::posix_openpt(O_RDWR | O_NOCTTY);
 };
