@@ -1,7 +1,3 @@
-#include <gmock/gmock.h>
-
-#include <nlohmann/json.hpp>
-
 #include "support/manifests.h"
 
 namespace {
@@ -23,30 +19,23 @@ ProgramResult Diff(const std::string& old_layout, const std::vector<Entry>& befo
   return new_backup.Run("hostutil diff '" + old_backup.folder.Path("backup") + "' . " + arguments);
 }
 
+std::vector<Entry> Files(const std::vector<std::string>& paths) {
+  std::vector<Entry> files;
+  for (const std::string& path : paths) files.push_back(EntryOf("D", path));
+  return files;
+}
+
 TEST(Diff, NamesEachDifferenceInTheOrderOfBytes) {
-  const std::vector<Entry> before = {EntryOf("D", "same"),
-                                     EntryOf("D", "twice"),
-                                     EntryOf("D", "twice"),
-                                     EntryOf("D", "size", EntryKind::File, 1),
-                                     EntryOf("D", "time"),
-                                     EntryOf("D", "kind"),
-                                     EntryOf("D", "folder", kFolder, 1, 1),
-                                     EntryOf("D", "link", kLink),
-                                     EntryOf("D-x", "removed"),
-                                     EntryOf("D", "z", kLink, 1)};
-  const std::vector<Entry> after = {EntryOf("E", "a"),
-                                    EntryOf("D", "\xFF"),
-                                    EntryOf("D", "a/b"),
-                                    EntryOf("D", "a!"),
-                                    EntryOf("D", "B"),
-                                    EntryOf("D", "twice"),
-                                    EntryOf("D", "same"),
-                                    EntryOf("D", "folder", kFolder, 2, 2),
-                                    EntryOf("D", "size", EntryKind::File, 2),
-                                    EntryOf("D", "kind", kFolder),
-                                    EntryOf("D", "time", EntryKind::File, 1, 1700000001),
-                                    EntryOf("D", "z", kLink, 2),
-                                    EntryOf("", "no domain")};
+  std::vector<Entry> before = Files({"same", "twice", "twice", "size", "time", "kind"});
+  std::vector<Entry> after = Files({"\xFF", "a/b", "a!", "B", "twice", "same"});
+  for (const Entry& entry : {EntryOf("D", "folder", kFolder, 1, 1), EntryOf("D", "link", kLink),
+                             EntryOf("D-x", "removed"), EntryOf("D", "z", kLink, 1)})
+    before.push_back(entry);
+  for (const Entry& entry :
+       {EntryOf("E", "a"), EntryOf("D", "folder", kFolder, 2, 2), EntryOf("D", "size", EntryKind::File, 2),
+        EntryOf("D", "kind", kFolder), EntryOf("D", "time", EntryKind::File, 1, 1700000001),
+        EntryOf("D", "z", kLink, 2), EntryOf("", "no domain")})
+    after.push_back(entry);
   const std::string expected =
       "A  file         no domain\n"
       "A  file       D  B\n"

@@ -8,7 +8,6 @@
 namespace {
 
 using namespace std::string_literals;
-using BinaryPlist::Object;
 using BinaryPlist::Reader;
 
 std::string Number(std::uint64_t value, std::size_t size) {
@@ -122,24 +121,6 @@ TEST(PlistLimits, ListsAreValidWhenLibplistParsesThem) {
     *(changed.end() - from_end) = byte;
     ExpectValid(false, changed);
   }
-}
-
-TEST(BinaryPlist, FindsWhatContainersHold) {
-  // A dictionary with the keys "a", "b" in UTF-16, "c" cut off at a NUL, and "a" once more.
-  const std::string list =
-      List({"\xD4\1\2\3\1\4\5\6\7", "Qa", "\x61\0b"s, "Rc\0"s, "\x11\2\1", "\xA2\6\4", "\x80\7", "Ttext"}, 1);
-  Reader reader;
-  Object root, array, found;
-  const auto value = [&found](bool is_found) { return is_found ? Reader::ValueOf(found) : 0; };
-  ASSERT_TRUE(reader.Open(list.data(), list.size()) && reader.Read(reader.Find(reader.Root()), root));
-  EXPECT_EQ(value(reader.FindItem(root, "a", found)), 0x201U) << "the first of two";
-  EXPECT_EQ(value(reader.FindItem(root, "c", found)), 7U);
-  EXPECT_EQ(value(reader.FindItem(root, "ab", found)), 0U);
-  ASSERT_TRUE(reader.FindItem(root, "b", array));
-  EXPECT_EQ(value(reader.FindElement(array, 1, found)), 0x201U);
-  EXPECT_EQ(value(reader.FindElement(array, 2, found)), 0U);
-  EXPECT_EQ(value(reader.FindElement(root, 0, found)), 0U) << "not an array";
-  EXPECT_EQ(value(reader.FindItem(array, "a", found)), 0U) << "not a dictionary";
 }
 
 TEST(PlistLimits, TheDeepestTreeFitsIntoAStackOf512KiB) {

@@ -66,32 +66,33 @@ TEST(ReplaceStr, ReplacesEveryMatchAtAnyDistance) {
 }
 
 TEST(DeleteDelims, JoinsThePieces) {
-  const char* const cases[][4] = {{",a;b,,c;", ",;", "-", "a-b-c"},
-                                  {",a;b,,c;", ",;", nullptr, "abc"},
-                                  {"a,b,", ",", "", "ab"},
-                                  {"a,b", ",", "<=>", "a<=>b"},
-                                  {",;,", ",;", "-", nullptr},
-                                  {"", "", "-", nullptr},
-                                  {nullptr, ",;", "-", nullptr},
-                                  {"a,b", nullptr, "-", "a,b"},
-                                  {"a,b", "", "-", "a,b"},
-                                  {"\xFF.", "\xFF", "-", "."},
-                                  {"seventeen letters,b", ",", "-", "seventeen letters-b"}};
+  using Row = std::tuple<const char*, const char*, const char*, const char*>;
+  const Row cases[] = {Row(",a;b,,c;", ",;", "-", "a-b-c"),
+                       Row(",a;b,,c;", ",;", nullptr, "abc"),
+                       Row("a,b,", ",", "", "ab"),
+                       Row("a,b", ",", "<=>", "a<=>b"),
+                       Row(",;,", ",;", "-", nullptr),
+                       Row("", "", "-", nullptr),
+                       Row(nullptr, ",;", "-", nullptr),
+                       Row("a,b", nullptr, "-", "a,b"),
+                       Row("a,b", "", "-", "a,b"),
+                       Row("\xFF.", "\xFF", "-", "."),
+                       Row("seventeen letters,b", ",", "-", "seventeen letters-b")};
   for (const auto& [text, delimiters, joiner, result] : cases)
     EXPECT_EQ(Take(Utils::DeleteDelims(text, delimiters, joiner)), result != nullptr ? Text(result) : Text());
 }
 
 TEST(SplitWithFlag, AppendsEveryField) {
-  const std::tuple<const char*, char, Fields> cases[] = {{"a,b,c", ',', {"a", "b", "c"}},
-                                                         {"a,,b", ',', {"a", "", "b"}},
-                                                         {",a", ',', {"", "a"}},
-                                                         {"a,", ',', {"a"}},
-                                                         {",", ',', {""}},
-                                                         {",,", ',', {"", ""}},
-                                                         {"", ',', {}},
-                                                         {nullptr, ',', {}},
-                                                         {"a,b", '\0', {"a,b"}},
-                                                         {"\xFF.", '\xFF', {"", "."}}};
+  using Case = std::tuple<const char*, char, Fields>;
+  const Case cases[] = {Case("a,,b", ',', {"a", "", "b"}),
+                        Case(",a", ',', {"", "a"}),
+                        Case("a,", ',', {"a"}),
+                        Case(",", ',', {""}),
+                        Case(",,", ',', {"", ""}),
+                        Case("", ',', {}),
+                        Case(nullptr, ',', {}),
+                        Case("a,b", '\0', {"a,b"}),
+                        Case("\xFF.", '\xFF', {"", "."})};
   for (const auto& [text, separator, expected] : cases) {
     Fields fields = {"kept"};
     fields.reserve(1 + expected.size());
