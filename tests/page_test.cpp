@@ -104,12 +104,12 @@ TEST(Page, IsWrittenAsAWholeOrNotAtAll) {
   backup.Run("mkdir ../to ../to/folder; mkfifo ../to/pipe; ln -s old ../to/link; echo old >../to/old");
   const std::string names = "cd ../to; find . | sort; cat old";
   const std::string before = backup.Run(names).out;
-  const struct {
-    std::string setup, file, reason;
-  } failures[] = {{"", "none/page", "No such file or directory"}, {"", "old/page", "Not a directory"},
-                  {"", "folder", "is not a regular file"},        {"", "pipe", "is not a regular file"},
-                  {"", "link", "is not a regular file"},          {"", longest + 'n', "File name too long"},
-                  {"ulimit -f 4;", "old", "File too large"},      {"ulimit -f 4;", "new", "File too large"}};
+  using Failure = std::tuple<std::string, std::string, std::string>;
+  const Failure failures[] = {
+      Failure("", "none/page", "No such file or directory"), Failure("", "folder", "is not a regular file"),
+      Failure("", "pipe", "is not a regular file"),          Failure("", "link", "is not a regular file"),
+      Failure("", longest + 'n', "File name too long"),      Failure("ulimit -f 4;", "old", "File too large"),
+      Failure("ulimit -f 4;", "new", "File too large")};
   for (const auto& [setup, file, reason] : failures) {
     EXPECT_THAT(backup.Run(setup + "hostutil inspect . --html ../to/" + file),
                 FieldsAre(2, "", "hostutil: ../to/" + file + ": " + reason + '\n'));

@@ -65,13 +65,8 @@ TEST(ReadPlist, ReadsTheFirstOpenAndLetsTheSecondDecideTheEncoding) {
   const std::string padded = kXml + std::string(100, '\0');
   const bool parses_with_zeros = Node(Libplist::Parse(plist_from_xml, padded.data(),
                                                       static_cast<std::uint32_t>(padded.size()))) != nullptr;
-  const struct {
-    const char* name;
-    std::uint64_t size;
-    Contents first_open, second_open;
-    std::size_t opens;
-    bool gives_tree;
-  } cases[] = {
+  // Name, size, contents at the first and at the second open, number of opens, whether there is a tree.
+  const std::tuple<const char*, std::uint64_t, Contents, Contents, std::size_t, bool> cases[] = {
       {"XML", kXml.size(), kXml, kXml, 2, true},
       {"binary", kBinary.size(), kBinary, kBinary, 2, true},
       {"empty", 0, "", "", 0, false},
@@ -84,14 +79,14 @@ TEST(ReadPlist, ReadsTheFirstOpenAndLetsTheSecondDecideTheEncoding) {
       {"size of which the low 32 bits are right", kXml.size() + (1ULL << 32), kXml, kXml, 2, true},
       {"size that no block can have", UINT64_MAX, kXml, kXml, 1, false},
   };
-  for (const auto& each : cases) {
-    SCOPED_TRACE(each.name);
-    ScriptedFile file(each.size, each.first_open, each.second_open);
+  for (const auto& [name, size, first_open, second_open, opens, gives_tree] : cases) {
+    SCOPED_TRACE(name);
+    ScriptedFile file(size, first_open, second_open);
     const ServiceOverride<IBasUtilityFile> in_place(&file);
     const Node root(PlistUtil::ReadPlist("/a b"));
-    EXPECT_EQ(file.calls, "size of /a b\n" + Times(each.opens, "open /a b, rb\n"));
-    EXPECT_EQ(in_place.AccessorCalls(), static_cast<int>(1 + each.opens));
-    EXPECT_EQ(root != nullptr ? Encoded(root.get()) : "", each.gives_tree ? kXml : "");
+    EXPECT_EQ(file.calls, "size of /a b\n" + Times(opens, "open /a b, rb\n"));
+    EXPECT_EQ(in_place.AccessorCalls(), static_cast<int>(1 + opens));
+    EXPECT_EQ(root != nullptr ? Encoded(root.get()) : "", gives_tree ? kXml : "");
   }
   EXPECT_EQ(PlistUtil::ReadPlist(nullptr), nullptr);
 }
