@@ -50,7 +50,8 @@ struct SampleBackup {
 
   // Runs a line of the shell in the backup's folder. In it `hostutil` is the program, `plain` is the program
   // without root's right to read everything, and $note, $binary and $xml are where the three files above are
-  // stored. When there is `sql`, the line runs after it and while its connection to Manifest.db is still open.
+  // stored. When there is `sql`, the line runs after it and while its connection to Manifest.db is still
+  // open.
   ProgramResult Run(const std::string& line, const std::string& sql = "") const {
     sqlite3* connection = nullptr;
     if (!sql.empty()) {
