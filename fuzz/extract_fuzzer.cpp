@@ -1,6 +1,6 @@
-// Extraction: whatever the manifest holds, nothing outside the destination changes, everything that is reported
-// as extracted is inside it, and a dry run reports the same. Each line of the input is an entry: its kind, one
-// of "fdl", its domain, a tab and its path.
+// Extraction: whatever the manifest holds, nothing outside the destination changes, everything that is
+// reported as extracted is inside it, and a dry run reports the same. Each line of the input is an entry: its
+// kind, one of "fdl", its domain, a tab and its path.
 
 #include <stdlib.h>
 #include <sys/stat.h>

@@ -48,7 +48,8 @@ class Listing {
 
   const std::vector<Item>& items() const { return items_; }
 
-  // The domain, a NUL, which neither text holds, and the path: their order is that of the domain, then the path.
+  // The domain, a NUL, which neither text holds, and the path: their order is that of the domain, then the
+  // path.
   std::string_view TextsOf(const Item& item) const {
     return std::string_view(texts_).substr(item.start, item.size);
   }

@@ -1,6 +1,6 @@
-// The folder that files are extracted into, at DOMAIN/PATH below it. Domains and paths are not trusted: folders
-// are made and opened one by one without following links, and files are created exclusively. So nothing outside
-// the folder changes, and nothing that exists is overwritten.
+// The folder that files are extracted into, at DOMAIN/PATH below it. Domains and paths are not trusted:
+// folders are made and opened one by one without following links, and files are created exclusively. So
+// nothing outside the folder changes, and nothing that exists is overwritten.
 //
 //   const auto destination = OpenDestination("files", "backup", false);
 //   NewFile file;
@@ -15,8 +15,8 @@
 
 #include "descriptor.h"
 
-// A file being written; removed by the destructor unless it was finished. The functions throw Failure when the
-// system fails. REQUIRES: ends before the destination is used again.
+// A file being written; removed by the destructor unless it was finished. The functions throw Failure when
+// the system fails. REQUIRES: ends before the destination is used again.
 class NewFile {
  public:
   NewFile() = default;
@@ -49,7 +49,8 @@ class Destination {
 
   virtual ~Destination() = default;
 
-  // Both make missing folders on the way, take a result of NameBelow, and throw Failure when the system fails.
+  // Both make missing folders on the way, take a result of NameBelow, and throw Failure when the system
+  // fails.
   virtual Result MakeFolder(const std::string& name) = 0;  // Made, too, when the folder exists
   virtual Result MakeFile(const std::string& name, NewFile& file) = 0;
 };

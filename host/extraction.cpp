@@ -129,8 +129,8 @@ class Extraction {
     return true;
   }
 
-  // The number of bytes copied, not all when the system cannot do it or there is an error; reading and writing
-  // tells which of the two files has it.
+  // The number of bytes copied. Not all when the system cannot do it or there is an error: reading and
+  // writing then shows which of the two files has it.
   std::uint64_t CopyWithinSystem(int stored, std::uint64_t size, const NewFile& file) {
     std::uint64_t copied = 0;
     while (copied < size) {

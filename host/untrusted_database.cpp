@@ -126,7 +126,8 @@ Database OpenUntrustedDatabase(const std::string& path, const char* table) {
   const std::string parameters = OpenParameters(path);
   const std::string uri = Uri(path, parameters);
   sqlite3* opened = nullptr;
-  // Without SQLite's own mutex, which takes a tenth of a scan: callers use a connection in one thread at a time.
+  // Without SQLite's own mutex, which takes a tenth of a scan: callers use a connection in one thread at a
+  // time.
   const int code = sqlite3_open_v2(uri.c_str(), &opened,
                                    SQLITE_OPEN_READONLY | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX, nullptr);
   Database database(opened);
