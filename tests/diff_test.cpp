@@ -37,19 +37,10 @@ TEST(Diff, NamesEachDifferenceInTheOrderOfBytes) {
         EntryOf("D", "z", kLink, 2), EntryOf("", "no domain")})
     after.push_back(entry);
   const std::string expected =
-      "A  file         no domain\n"
-      "A  file       D  B\n"
-      "A  file       D  a!\n"
-      "A  file       D  a/b\n"
-      "D  file       D  kind\n"
-      "A  directory  D  kind\n"
-      "D  link       D  link\n"
-      "M  file       D  size\n"
-      "M  file       D  time\n"
-      "D  file       D  twice\n"
-      "A  file       D  \xEF\xBF\xBD\n"
-      "D  file       D-x  removed\n"
-      "A  file       E  a\n";
+      "A  file         no domain\nA  file       D  B\nA  file       D  a!\nA  file       D  a/b\n"
+      "D  file       D  kind\nA  directory  D  kind\nD  link       D  link\nM  file       D  size\n"
+      "M  file       D  time\nD  file       D  twice\nA  file       D  \xEF\xBF\xBD\n"
+      "D  file       D-x  removed\nA  file       E  a\n";
   for (const std::string& old_layout : kLayouts) {
     for (const std::string& new_layout : kLayouts) {
       EXPECT_THAT(Diff(old_layout, before, new_layout, after), FieldsAre(1, expected, ""));

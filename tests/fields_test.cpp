@@ -24,14 +24,12 @@ TEST(IsNotPhoneNumberChar, KnowsFifteenCharacters) {
 }
 
 TEST(ColorHexToRGB, ReadsPairs) {
-  const std::tuple<const char*, int, int, int> cases[] = {
-      {"#FF8000", 255, 128, 0}, {"ff8000", 255, 128, 0}, {"#FFF", 0, 0, 0},
-      {"#FF80001", 0, 0, 0},    {"", 0, 0, 0},           {nullptr, 0, 0, 0},
-      {"-10000", -1, 0, 0},     {"1z0000", 1, 0, 0},     {" 1+2\t3", 1, 2, 3}};
-  for (const auto& [code, red, green, blue] : cases) {
+  for (const char* const code : {"#1+80 2", "1+80 2"}) {
     const RgbColor color = Utils::ColorHexToRGB(code);
-    EXPECT_EQ(std::tuple(color.red, color.green, color.blue), std::tuple(red, green, blue));
+    EXPECT_EQ(std::tuple(color.red, color.green, color.blue), std::tuple(1, 128, 2)) << code;
   }
+  for (const char* const code : {"#FFF", "#FF80001", "", static_cast<const char*>(nullptr)})
+    EXPECT_EQ(Utils::ColorHexToRGB(code).red, 0);
   for (const char* code : {"#GG0000", "##12345", "0000 x", "00--00"})
     EXPECT_THROW(Utils::ColorHexToRGB(code), std::invalid_argument) << code;
 }

@@ -21,7 +21,7 @@ struct Inspection {
 };
 
 void ExpectInspection(const SampleBackup& backup, const Inspection& expected) {
-  const auto [status, out, err] = backup.Look("hostutil inspect . --json");
+  const auto [status, out, err] = backup.Look("plain inspect . --json");
   EXPECT_EQ(status, expected.problems.empty() ? 0 : 1);
   EXPECT_EQ(err, "");
   const Json json = Json::parse(out);
@@ -66,6 +66,11 @@ TEST(Program, FindsEachFaultOfAFile) {
       // In the file's place: a pipe, which must not be opened, and a link to a file outside the backup.
       {"rm $note; mkfifo $note", {.present = 39, .problems = {"missing " + kNote}}},
       {"mv $note ../outside; ln -s $PWD/../outside $note", {.present = 39, .problems = {"missing " + kNote}}},
+      // No permission for a file, for lists of both encodings, and for the one about the device.
+      {"chmod 0 $note", {.present = 39, .problems = {"unreadable " + kNote}}},
+      {"chmod 0 $xml", {.present = 39, .read = 7, .problems = {"unreadable " + kXmlList}}},
+      {"chmod 0 $binary", {.present = 39, .read = 7, .problems = {"unreadable " + kBinaryList}}},
+      {"chmod 0 Info.plist", {.problems = {"unreadable Info.plist"}}},
       // One byte, and no list about the device, which is not needed.
       {"echo >$note; rm Info.plist", {.problems = {"wrong-size " + kNote}}},
       // Not well-formed: about the device; binary, of the right size; empty.
@@ -79,6 +84,14 @@ TEST(Program, FindsEachFaultOfAFile) {
       const SampleBackup backup(layout);
       EXPECT_EQ(backup.Run(line).err, "");
       ExpectInspection(backup, found);
+      // Extraction reports the same files, unless it is their contents that are wrong.
+      std::vector<std::string> problems = found.problems;
+      std::erase_if(problems, [](const std::string& problem) {
+        return problem.starts_with("damaged") || problem.ends_with("Info.plist");
+      });
+      const Json json = Json::parse(backup.Run("plain extract . ../dest --json").out);
+      EXPECT_EQ(ProblemsOf(json), problems);
+      EXPECT_EQ(json["files"], found.present);
     }
   }
   // The file's folder is a link to one outside the backup.
@@ -272,17 +285,13 @@ TEST(Program, HelpListsEveryCommandAndTheOptionsOfEach) {
   const SampleBackup backup("flat", 0);
   const ProgramResult help = backup.Run("hostutil --help");
   EXPECT_THAT(help, FieldsAre(0, testing::_, ""));
-  for (const auto& [name, usage, option] : {std::tuple("inspect", "ROOT", "--json"),
-                                            {"list", "ROOT", "--match REGEX"},
-                                            {"locate", "ROOT DOMAIN PATH", "--layout LAYOUT"},
-                                            {"plist", "FILE", "-h, --help"},
-                                            {"sample", "DIR", "--files N"}}) {
-    const std::string command = std::string("hostutil ") + name;
-    EXPECT_THAT(help.out, HasSubstr(std::string("\n  ") + name + ' '));
-    const std::string own = backup.Run(command + " --help").out;
-    EXPECT_THAT(own, HasSubstr("Usage: " + command + " [OPTIONS] " + usage + '\n'));
-    EXPECT_THAT(own, HasSubstr(std::string("\n  ") + option + ' '));
-    EXPECT_THAT(own, HasSubstr("Example:\n  $ " + command));
+  for (const std::string name : {"inspect", "list", "extract", "diff", "locate", "plist", "sample"}) {
+    EXPECT_THAT(help.out, HasSubstr("\n  " + name + ' '));
+    EXPECT_THAT(backup.Run("hostutil " + name + " --help").out,
+                MatchesRegex("Usage: hostutil " + name +
+                             " \\[OPTIONS\\] [A-Z]+(.*\n)*  -h, --help  (.*\n)*"
+                             "Example:\n  \\$ hostutil " +
+                             name + " .*\n"));
   }
   for (const auto& [name, hint] : {std::pair("inspct", "; did you mean 'inspect'?"), {"frobnicate", ";"}})
     EXPECT_EQ(backup.Run(std::string("hostutil ") + name).err,
