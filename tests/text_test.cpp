@@ -21,7 +21,9 @@ TEST(ConcatStr, JoinsUpToTheLongestInt32) {
   const std::string text(std::size_t{1} << 30, 'a');
   const char* const half = text.c_str() + 1;
   EXPECT_EQ(Utils::ConcatStr(half, text.c_str()), nullptr);
-  EXPECT_EQ(Take(Utils::ConcatStr(half, half)).value_or("").size(), 2'147'483'646U);
+  // Not copied: under the thread sanitizer each byte takes five.
+  const std::unique_ptr<char, decltype(&std::free)> longest(Utils::ConcatStr(half, half), &std::free);
+  EXPECT_EQ(std::strlen(longest.get()), 2'147'483'646U);
 }
 
 TEST(ReplaceChar, WritesTheSecondArgumentForTheThird) {
