@@ -39,8 +39,8 @@ char* CopyTo(char* write, std::string_view text) {
 //   kBlocks     compares two or three bytes of the pattern at every place of a block: where it is frequent
 //   kMemMem     the platform's memmem, which takes linear time (glibc, musl): where even that gives many
 //               false matches, as a periodic text does
-// Each byte passed is a credit, each false match a cost; out of credit, the search changes to the next
-// method.
+// Each byte passed is a credit, each false match a cost: the time in which the next method passes so many
+// bytes. Out of credit, the search changes to that method.
 class Pattern {
  public:
   // REQUIRES: `text` is not empty.
@@ -49,7 +49,7 @@ class Pattern {
   std::size_t Size() const { return text_.size(); }
 
   // Stays with the method that reads nothing after the first match.
-  void NeverReadAhead() { credit_ = PTRDIFF_MAX / 2; }
+  void NeverReadAhead() { credit_ = kUnlimited; }
 
   // The first match in [at, end), or null.
   const char* FindIn(const char* at, const char* end) {
@@ -64,9 +64,12 @@ class Pattern {
                                     : NextCandidate(at, stop);
       if (place == nullptr) return nullptr;
       credit_ += place - at;
-      const bool compare = place[probe_] == text_[probe_];
-      if (compare && std::memcmp(place, text_.data(), text_.size()) == 0) return place;
-      PayFalseMatch(compare);
+      if (place[probe_] == text_[probe_]) {
+        if (std::memcmp(place, text_.data(), text_.size()) == 0) return place;
+        credit_ -= static_cast<std::ptrdiff_t>(text_.size());
+      }
+      credit_ -= method_ == Method::kFirstByte ? kFirstByteCost : kBlocksCost;
+      if (credit_ < 0) ChangeMethod();
       at = place + 1;
     }
     return nullptr;
@@ -74,6 +77,11 @@ class Pattern {
 
  private:
   enum class Method { kFirstByte, kBlocks, kMemMem };
+  static constexpr std::ptrdiff_t kFirstByteCost = 160;
+  static constexpr std::ptrdiff_t kBlocksCost = 32;
+  // At the start, credit for so many false matches: a frequent letter comes six times in 64 bytes of English.
+  static constexpr std::ptrdiff_t kFew = 6;
+  static constexpr std::ptrdiff_t kUnlimited = PTRDIFF_MAX / 2;
   static constexpr std::ptrdiff_t kBlock = 256;
   static constexpr std::ptrdiff_t kPart = 16;
 
@@ -85,15 +93,9 @@ class Pattern {
     return static_cast<const char*>(::memmem(at, length, text_.data(), text_.size()));
   }
 
-  // A false match costs the time in which the next method passes about 160 or 32 bytes. Allows for a few that
-  // come early.
-  [[gnu::noinline]] void PayFalseMatch(bool compared) {
-    std::ptrdiff_t cost = method_ == Method::kFirstByte ? 160 : 32;
-    if (compared) cost += static_cast<std::ptrdiff_t>(text_.size());
-    credit_ -= cost;
-    if (credit_ >= -4 * cost || method_ == Method::kMemMem) return;
+  [[gnu::noinline]] void ChangeMethod() {
     method_ = method_ == Method::kFirstByte ? Method::kBlocks : Method::kMemMem;
-    credit_ = 0;
+    credit_ = method_ == Method::kBlocks ? kFew * kBlocksCost : kUnlimited;
     // Probe two different bytes if there are two: a run of one byte gives false matches.
     const std::size_t other = text_.find_last_not_of(text_.front());
     probe_ = other != std::string_view::npos ? other : text_.size() - 1;
@@ -131,7 +133,7 @@ class Pattern {
   std::string_view text_;
   std::size_t probe_ = 1;  // compared before the whole pattern is
   Method method_ = Method::kFirstByte;
-  std::ptrdiff_t credit_ = 0;
+  std::ptrdiff_t credit_ = kFew * kFirstByteCost;
 };
 
 bool PointsInto(std::string_view bytes, const char* pointer) {
