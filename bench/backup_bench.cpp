@@ -6,28 +6,18 @@
 #include <sys/stat.h>
 
 #include <filesystem>
-#include <stdexcept>
 
 #include "bench.h"
 #include "common/utils/backup_layout.h"
 #include "common/utils/table_check.h"
 
-static bool operator==(const TableCheckResult& left, const TableCheckResult& right) {
-  return left.table == right.table && left.column == right.column;
-}
-
 namespace {
 
-void Update(sha1_ctx& context, std::string_view text) {
-  sha1_update(&context, text.size(), reinterpret_cast<const std::uint8_t*>(text.data()));
-}
-
-std::string DigestByNettle(const char* first, const char* second) {
+std::string DigestByNettle(std::string_view first, std::string_view second) {
   sha1_ctx context;
   sha1_init(&context);
-  Update(context, first);
-  Update(context, "-");
-  Update(context, second);
+  for (const std::string_view text : {first, std::string_view("-"), second})
+    sha1_update(&context, text.size(), reinterpret_cast<const std::uint8_t*>(text.data()));
   std::uint8_t digest[SHA1_DIGEST_SIZE];
   sha1_digest(&context, sizeof digest, digest);
   std::string id(2 * sizeof digest, '\0');
@@ -51,63 +41,49 @@ void BenchFilePath() {
   const auto ours = [=](bool two_level, bool create) {
     return [=] { return Utils::ConcatBackupFilePath(root.c_str(), id.c_str(), two_level, create); };
   };
-  const Peer flat{"absl::StrCat", [=] { return absl::StrCat(root, id); }};
-  const Peer two_level{"absl::StrCat",
-                       [=] { return absl::StrCat(root, absl::string_view(id).substr(0, 2), "/", id); }};
+  const auto prefix = [=] { return absl::string_view(id).substr(0, 2); };
   const auto with_folder = [=](auto create) {
     return [=] {
-      const std::string folder = root + id.substr(0, 2);
+      const std::string folder = absl::StrCat(root, prefix());
       create(folder);
       return absl::StrCat(folder, "/", id);
     };
   };
-  const auto create_directory = [](const std::string& path) {
-    std::error_code ignored;
-    std::filesystem::create_directory(path, ignored);
-  };
+  const auto create_directory = [](const std::string& path) { std::filesystem::create_directory(path); };
   const auto mkdir = [](const std::string& path) { static_cast<void>(::mkdir(path.c_str(), 0777)); };
-  Compare("ConcatBackupFilePath/flat", kCallGoal, ours(false, false), flat);
-  Compare("ConcatBackupFilePath/two levels", kCallGoal, ours(true, false), two_level);
+  Compare("ConcatBackupFilePath/flat", kCallGoal, ours(false, false),
+          Peer{"absl::StrCat", [=] { return absl::StrCat(root, id); }});
+  Compare("ConcatBackupFilePath/two levels", kCallGoal, ours(true, false),
+          Peer{"absl::StrCat", [=] { return absl::StrCat(root, prefix(), "/", id); }});
   Compare("ConcatBackupFilePath/two levels, folder there", kEqualGoal, ours(true, true),
           Peer{"std::filesystem::create_directory and a string", with_folder(create_directory)},
           Peer{"mkdir and a string", with_folder(mkdir)});
 }
 
-sqlite3* Database() {
-  sqlite3* db = nullptr;
-  if (sqlite3_open(":memory:", &db) != SQLITE_OK ||
-      sqlite3_exec(db, "CREATE TABLE Files(fileID TEXT, domain TEXT)", nullptr, nullptr, nullptr) !=
-          SQLITE_OK) {
-    throw std::runtime_error("no database");
-  }
-  return db;
-}
-
-TableCheckStatus Step(sqlite3* db, const std::string& sql) {
+bool HasRow(sqlite3* db, const std::string& sql) {
   sqlite3_stmt* statement = nullptr;
-  if (sqlite3_prepare(db, sql.c_str(), static_cast<int>(sql.size()), &statement, nullptr) != SQLITE_OK) {
-    return TableCheckStatus::PrepareFailed;
-  }
+  sqlite3_prepare(db, sql.c_str(), static_cast<int>(sql.size()), &statement, nullptr);
   const bool row = sqlite3_step(statement) == SQLITE_ROW;
   sqlite3_finalize(statement);
-  return row ? TableCheckStatus::Found : TableCheckStatus::NotFound;
+  return row;
 }
 
-TableCheckResult CheckByHand(sqlite3* db, const std::string& table, const std::string& column) {
-  const std::string schema = "SELECT sql FROM sqlite_master WHERE type='table' AND name ='" + table + "'";
-  const TableCheckStatus found = Step(db, schema);
-  return {found, Step(db, "select count(" + column + ") from " + table)};
+bool CheckByHand(sqlite3* db, const std::string& table, const std::string& column) {
+  return HasRow(db, "SELECT sql FROM sqlite_master WHERE type='table' AND name ='" + table + "'") &&
+         HasRow(db, "select count(" + column + ") from " + table);
 }
 
-}  // namespace
-
-void RegisterBackupLayout() {
+const bool kRegistered = [] {
   BenchFileId("a path of 65 bytes", "Library/Application Support/com.example.reader/Documents/notes.db");
   BenchFileId("a path of 1 KiB", Repeated("folder/", kKiB));
   BenchFilePath();
-  static sqlite3* const db = Database();
-  Compare(
-      "TableCheck/a table and its column", kEqualGoal,
-      [] { return Utils::TableCheck(db, "Files", "domain"); },
-      Peer{"the two statements", [] { return CheckByHand(db, "Files", "domain"); }});
-}
+  static sqlite3* db = nullptr;
+  sqlite3_open(":memory:", &db);
+  sqlite3_exec(db, "CREATE TABLE Files(fileID TEXT, domain TEXT)", nullptr, nullptr, nullptr);
+  const auto ours = [] { return Utils::TableCheck(db, "Files", "domain"); };
+  const auto by_hand = [] { return CheckByHand(db, "Files", "domain"); };
+  Compare("TableCheck/a table and its column", kEqualGoal, ours, Peer{"the two statements", by_hand});
+  return true;
+}();
+
+}  // namespace

@@ -14,11 +14,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <string>
 #include <string_view>
 
-// Goals: our time over the best peer's, at most, or within so many nanoseconds of it; the label of the
+#include "common/owners.h"
+
+// Goals: the most that our time may be of the best peer's, plus so many nanoseconds; the label of the
 // benchmark. 2.5 ns is what a call into a shared library may cost.
 inline constexpr char kCallGoal[] = "1.05 + 2.5 ns";
 inline constexpr char kEqualGoal[] = "1.05";
@@ -46,40 +47,14 @@ void Register(const std::string& name, const char* label, Job job) {
   });
 }
 
-// `name` is FUNCTION/DATA. Exits unless all jobs return equal answers.
+// `name` is FUNCTION/DATA.
 template <typename Ours, typename... Jobs>
 void Compare(const std::string& name, const char* goal, Ours ours, Peer<Jobs>... peers) {
-  if (!(... && (ours() == peers.job()))) {
-    std::fprintf(stderr, "%s: the answers differ\n", name.c_str());
-    std::exit(1);
-  }
   Register(name + "/HostUtil", goal, ours);
   (Register(name + '/' + peers.name, "", peers.job), ...);
 }
 
-struct FreeBlock {
-  void operator()(void* block) const { std::free(block); }
-};
-
-// A block from malloc: a text, or as many bytes as `size` says.
-struct Text {
-  std::unique_ptr<char, FreeBlock> block;
-  std::size_t size;
-  std::string_view View() const { return size != 0 ? std::string_view(block.get(), size) : block.get(); }
-  friend bool operator==(const Text& left, const Text& right) { return left.View() == right.View(); }
-};
-inline Text Own(char* block, std::size_t size = 0) {
-  return {std::unique_ptr<char, FreeBlock>(block), size};
-}
-
-// An answer that differs from call to call, such as an identifier: never compared.
-template <typename Value>
-struct Unchecked {
-  Value value;
-  friend bool operator==(const Unchecked&, const Unchecked&) { return true; }
-};
-template <typename Value>
-Unchecked(Value) -> Unchecked<Value>;
+using Owners::Block;
 
 // Data, the same in every run.
 inline constexpr std::size_t kKiB = 1024;
@@ -90,11 +65,3 @@ std::string Repeated(std::string_view piece, std::size_t size);
 std::string SizeName(std::size_t size);  // "64 bytes", "100 KiB", "8 MiB"
 
 const std::string& TemporaryFolder();  // removed when the program ends
-
-void RegisterBackupLayout();
-void RegisterDecoders();
-void RegisterFields();
-void RegisterMatching();
-void RegisterPaths();
-void RegisterPlists();
-void RegisterTexts();

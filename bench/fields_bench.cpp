@@ -2,21 +2,17 @@
 
 #include "common/utils/fields.h"
 
-#include <string.h>
 #include <uuid/uuid.h>
 
 #include <algorithm>
 #include <charconv>
 #include <ctime>
+#include <utility>
 
 #include "bench.h"
 #include "common/utils/dates.h"
 #include "common/utils/identifiers.h"
 #include "platform/autorelease_pool.h"
-
-static bool operator==(const RgbColor& left, const RgbColor& right) {
-  return left.red == right.red && left.green == right.green && left.blue == right.blue;
-}
 
 namespace {
 
@@ -76,9 +72,9 @@ std::pair<std::string, std::string> MonthByMktime(std::time_t time) {
   return {Date(first), Date(last)};
 }
 
-Text TimeByPrint(std::uint32_t seconds) {
-  Text text = Own(static_cast<char*>(std::malloc(16)));
-  std::snprintf(text.block.get(), 16, "%02u:%02u:%02u", seconds / 3600, seconds / 60 % 60, seconds % 60);
+Block TimeByPrint(std::uint32_t seconds) {
+  Block text(static_cast<char*>(std::malloc(16)));
+  std::snprintf(text.get(), 16, "%02u:%02u:%02u", seconds / 3600, seconds / 60 % 60, seconds % 60);
   return text;
 }
 
@@ -90,58 +86,51 @@ std::string UuidByLibuuid() {
   return text;
 }
 
-}  // namespace
-
-void RegisterFields() {
+const bool kRegistered = [] {
   BenchPhone("8 digits", kCallGoal, "55501000");
   BenchPhone("17 digits", kCallGoal, "55501000199555010");
   BenchPhone("12 bytes, 2 separators", kCallGoal, "555-010-0199");
   BenchPhone("the first byte is wrong", kCallGoal, "+55-010-0199");
   BenchPhone("1 KiB", "1.3", Repeated("555-0100", kKiB));
-  for (const int code : {int{'5'}, int{'x'}, 1000}) {
-    const auto by_strchr = [=] { return code <= 0 || code > 127 || !::strchr("0123456789#*+,;", code); };
-    Compare(
-        "isNotPhoneNumberChar/code " + std::to_string(code), kCallGoal,
-        [=] { return Utils::isNotPhoneNumberChar(code); }, Peer{"strchr", by_strchr});
-  }
+  const auto compare = [](const char* name, auto ours, const char* peer, auto other) {
+    Compare(name, kCallGoal, ours, Peer{peer, other});
+  };
+  static volatile int digit = '5';
+  compare(
+      "isNotPhoneNumberChar/a digit", [] { return Utils::isNotPhoneNumberChar(digit); }, "strchr",
+      [] { return ::strchr("0123456789#*+,;", digit) == nullptr; });
   const std::string color = "#FF80a0";
+  compare(
+      "ColorHexToRGB/#FF80a0", [=] { return Utils::ColorHexToRGB(color.c_str()); }, "std::from_chars",
+      [=] { return ColorByCharconv(color); });
   const std::string number = "1700000000";
-  const Peer charconv{"std::from_chars", [=] { return ColorByCharconv(color); }};
-  const Peer atoi{"atoi", [=] { return std::atoi(number.c_str()); }};
-  const Peer atol{"atol", [=] { return std::atol(number.c_str()); }};
-  const Peer empty{"std::string()", [] { return std::string(); }};
-  Compare(
-      "ColorHexToRGB/#FF80a0", kCallGoal, [=] { return Utils::ColorHexToRGB(color.c_str()); }, charconv);
-  Compare(
-      "GetZeroIntIsNull/10 digits", kCallGoal, [=] { return Utils::GetZeroIntIsNull(number.c_str()); }, atoi);
-  Compare(
-      "GetZeroLongIsNull/10 digits", kCallGoal, [=] { return Utils::GetZeroLongIsNull(number.c_str()); },
-      atol);
-  Compare(
-      "Base64Decode/always empty", kCallGoal, [] { return Utils::Base64Decode("", 0); }, empty);
+  compare(
+      "GetZeroIntIsNull/10 digits", [=] { return Utils::GetZeroIntIsNull(number.c_str()); }, "atoi",
+      [=] { return std::atoi(number.c_str()); });
+  compare(
+      "GetZeroLongIsNull/10 digits", [=] { return Utils::GetZeroLongIsNull(number.c_str()); }, "atol",
+      [=] { return std::atol(number.c_str()); });
 
-  const long time = 1700000000;
-  for (const std::uint32_t seconds : {3661U, 4294967295U}) {
-    Compare(
-        "ConvertSecondsToTime/" + std::to_string(seconds) + " s", kCallGoal,
-        [=] { return Own(Utils::ConvertSecondsToTime(seconds)); },
-        Peer{"snprintf", [=] { return TimeByPrint(seconds); }});
-  }
-  const auto now = [] { return Unchecked{Own(::strdup(DateAndTime(std::time(nullptr)).c_str()))}; };
+  static constexpr long kTime = 1700000000;
+  const char* const strftime = "localtime_r and strftime";
+  compare(
+      "ConvertSecondsToTime/3661 s", [] { return Block(Utils::ConvertSecondsToTime(3661)); }, "snprintf",
+      [] { return TimeByPrint(3661); });
+  compare(
+      "GetCurrentDate/now", [] { return Block(Utils::GetCurrentDate()); }, strftime,
+      [] { return Block(::strdup(DateAndTime(std::time(nullptr)).c_str())); });
+  compare(
+      "ConvertUtcToLocalDate/in 2023", [] { return Utils::ConvertUtcToLocalDate(kTime); }, strftime,
+      [] { return DateAndTime(kTime); });
+  compare(
+      "MonthRange/a November", [] { return Utils::MonthRange(kTime); }, "localtime_r, mktime and strftime",
+      [] { return MonthByMktime(kTime); });
   const auto uuid = [] {
     const AutoreleasePool pool;
-    return Unchecked{Utils::GenerateLowerUuid()};
+    return Utils::GenerateLowerUuid();
   };
-  const char* const strftime = "localtime_r and strftime";
-  const Peer date{strftime, [=] { return DateAndTime(time); }};
-  const Peer mktime{"localtime_r, mktime and strftime", [=] { return MonthByMktime(time); }};
-  const Peer libuuid{"libuuid", [] { return Unchecked{UuidByLibuuid()}; }};
-  Compare(
-      "GetCurrentDate/now", kCallGoal, [] { return Unchecked{Own(Utils::GetCurrentDate())}; },
-      Peer{strftime, now});
-  Compare(
-      "ConvertUtcToLocalDate/in 2023", kCallGoal, [=] { return Utils::ConvertUtcToLocalDate(time); }, date);
-  Compare(
-      "MonthRange/a November", kCallGoal, [=] { return Utils::MonthRange(time); }, mktime);
-  Compare("GenerateLowerUuid/one", kEqualGoal, uuid, libuuid);
-}
+  Compare("GenerateLowerUuid/one", kEqualGoal, uuid, Peer{"libuuid", UuidByLibuuid});
+  return true;
+}();
+
+}  // namespace

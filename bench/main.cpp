@@ -1,12 +1,11 @@
-// Registers every comparison, and generates the data that they share.
+// Runs every comparison, and generates the data that they share.
 
 #include <unistd.h>
 
 #include <filesystem>
 #include <iterator>
+#include <memory>
 #include <random>
-#include <stdexcept>
-#include <system_error>
 
 #include "bench.h"
 
@@ -51,27 +50,13 @@ std::string SizeName(std::size_t size) {
 }
 
 const std::string& TemporaryFolder() {
-  static const struct Folder {
-    Folder() : path((std::filesystem::temp_directory_path() / "hostutil-bench-XXXXXX").string()) {
-      if (::mkdtemp(path.data()) == nullptr) throw std::runtime_error("no temporary folder");
-    }
-    ~Folder() {
-      std::error_code ignored;
-      std::filesystem::remove_all(path, ignored);
-    }
-    std::string path;
-  } folder;
-  return folder.path;
+  static std::string path = std::filesystem::temp_directory_path() / "hostutil-bench-XXXXXX";
+  static const std::unique_ptr<char, void (*)(char*)> at_exit(
+      ::mkdtemp(path.data()), [](char* folder) { std::filesystem::remove_all(folder); });
+  return path;
 }
 
 int main(int argc, char** argv) {
-  RegisterBackupLayout();
-  RegisterDecoders();
-  RegisterFields();
-  RegisterMatching();
-  RegisterPaths();
-  RegisterPlists();
-  RegisterTexts();
   benchmark::AddCustomContext("compiler", __VERSION__);
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;

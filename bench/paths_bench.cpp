@@ -7,40 +7,30 @@
 #include "bench.h"
 #include "platform/autorelease_pool.h"
 
-namespace {
+using std::filesystem::path;
 
-namespace fs = std::filesystem;
-
-void BenchPath(const std::string& data, const std::string& path) {
-  static constexpr char kPeer[] = "std::filesystem::path";
-  Compare(
-      "GetParentDir/" + data, kAheadGoal,
-      [=] {
-        const AutoreleasePool pool;
-        return Utils::GetParentDir(path.c_str());
-      },
-      Peer{kPeer, [=] { return fs::path(path).parent_path().string() + '/'; }});
-  Compare(
-      "GetFileName/" + data, kAheadGoal, [=] { return Utils::GetFileName(path.c_str()); },
-      Peer{kPeer, [=] { return fs::path(path).filename().string(); }});
-  Compare(
-      "GetFileNameWithoutExt/" + data, kAheadGoal, [=] { return Utils::GetFileNameWithoutExt(path.c_str()); },
-      Peer{kPeer, [=] { return fs::path(path).replace_extension().string(); }});
-  Compare(
-      "GetFilePostfix/" + data, kAheadGoal, [=] { return Utils::GetFilePostfix(path.c_str()); },
-      Peer{kPeer, [=] { return fs::path(path).extension().string().substr(1); }});
-  Compare(
-      "ConcatFilePath/" + data, kAheadGoal,
-      [=] { return Own(Utils::ConcatFilePath(path.c_str(), "notes.db")); },
-      Peer{kPeer, [=] { return Own(::strdup((fs::path(path) / "notes.db").c_str())); }});
+static void BenchPath(const std::string& data, const std::string& text) {
+  const auto compare = [&](const char* function, auto ours, auto peer) {
+    Compare(
+        std::string(function) + '/' + data, kAheadGoal, [=] { return ours(text.c_str()); },
+        Peer{"std::filesystem::path", [=] { return peer(path(text)); }});
+  };
+  const auto parent = [](const char* file) {
+    const AutoreleasePool pool;
+    return Utils::GetParentDir(file);
+  };
+  const auto joined = [](const char* folder) { return Block(Utils::ConcatFilePath(folder, "notes.db")); };
+  compare("GetParentDir", parent, [](const path& file) { return file.parent_path().string() + '/'; });
+  compare("GetFileName", Utils::GetFileName, [](const path& file) { return file.filename().string(); });
+  compare("GetFileNameWithoutExt", Utils::GetFileNameWithoutExt,
+          [](path file) { return file.replace_extension().string(); });
+  compare("GetFilePostfix", Utils::GetFilePostfix,
+          [](const path& file) { return file.extension().string().substr(1); });
+  compare("ConcatFilePath", joined, [](const path& folder) { return (folder / "notes.db").string(); });
 }
 
-}  // namespace
-
-void RegisterPaths() {
+static const bool kRegistered = [] {
   BenchPath("4 folders", "/Volumes/reader/Library/Backup/Manifest.db");
   BenchPath("100 folders", Repeated("/folder name", 1200) + "/Manifest.db");
-  Compare(
-      "GetFileCreateTime/always empty", kCallGoal, [] { return Utils::GetFileCreateTime("", ""); },
-      Peer{"std::string()", [] { return std::string(); }});
-}
+  return true;
+}();

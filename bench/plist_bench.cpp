@@ -1,7 +1,6 @@
 // Property lists: reading, and the node helpers, which wrap libplist's own calls.
 
 #include <fcntl.h>
-#include <plist/plist.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -11,29 +10,20 @@
 #include <iostream>
 
 #include "bench.h"
+#include "common/libplist.h"
 #include "common/plist_util.h"
 
 namespace {
 
-struct FreeNode {
-  void operator()(void* node) const { plist_free(node); }
-};
+using Libplist::Node;
 
-std::string Encoded(plist_t node, bool binary) {
+std::string Encoded(const Node& node, bool binary) {
   char* bytes = nullptr;
   std::uint32_t length = 0;
-  binary ? plist_to_bin(node, &bytes, &length) : plist_to_xml(node, &bytes, &length);
-  const Text owner = Own(bytes);
+  binary ? plist_to_bin(node.get(), &bytes, &length) : plist_to_xml(node.get(), &bytes, &length);
+  const Libplist::Text owner(bytes);
   return {bytes, length};
 }
-
-// Owns a tree; equal to another when their XML is.
-struct Node : std::unique_ptr<void, FreeNode> {
-  using unique_ptr::unique_ptr;
-  friend bool operator==(const Node& left, const Node& right) {
-    return left && right && Encoded(left.get(), false) == Encoded(right.get(), false);
-  }
-};
 
 // An array of dictionaries of texts, numbers, a flag and some data.
 Node SampleTree(std::size_t entries) {
@@ -53,8 +43,8 @@ Node SampleTree(std::size_t entries) {
 }
 
 std::string SampleList(std::size_t size, bool binary) {
-  const std::size_t per_entry = Encoded(SampleTree(1000).get(), binary).size() / 1000;
-  return Encoded(SampleTree(size / per_entry).get(), binary);
+  const std::size_t per_entry = Encoded(SampleTree(1000), binary).size() / 1000;
+  return Encoded(SampleTree(size / per_entry), binary);
 }
 
 std::string WrittenFile(const std::string& contents) {
@@ -65,37 +55,35 @@ std::string WrittenFile(const std::string& contents) {
 }
 
 Node Parse(const char* bytes, std::size_t size, bool binary) {
-  plist_t root = nullptr;
-  (binary ? plist_from_bin : plist_from_xml)(bytes, static_cast<std::uint32_t>(size), &root);
-  return Node(root);
-}
-
-std::size_t SizeOf(int file) {
-  struct stat status {};
-  return ::fstat(file, &status) == 0 ? static_cast<std::size_t>(status.st_size) : 0;
+  return Node(
+      Libplist::Parse(binary ? plist_from_bin : plist_from_xml, bytes, static_cast<std::uint32_t>(size)));
 }
 
 Node ParseByStdio(const std::string& path, bool binary) {
   std::FILE* const stream = std::fopen(path.c_str(), "rb");
-  const std::size_t size = SizeOf(::fileno(stream));
-  const Text bytes = Own(static_cast<char*>(std::malloc(size)));
-  const std::size_t length = std::fread(bytes.block.get(), 1, size, stream);
+  struct stat status {};
+  ::fstat(::fileno(stream), &status);
+  const auto size = static_cast<std::size_t>(status.st_size);
+  const Block bytes(static_cast<char*>(std::malloc(size)));
+  const std::size_t length = std::fread(bytes.get(), 1, size, stream);
   std::fclose(stream);
-  return Parse(bytes.block.get(), length, binary);
+  return Parse(bytes.get(), length, binary);
 }
 
-// The least for the service calls that ReadPlist promises: the size, the bytes, and the first bytes again.
+// The least for the service calls that ReadPlist promises: the size of a readable file, its bytes, and the
+// first of them again.
 Node ParseBySystemCalls(const std::string& path, bool binary) {
   struct stat status {};
   ::stat(path.c_str(), &status);
-  const Text bytes = Own(static_cast<char*>(std::malloc(static_cast<std::size_t>(status.st_size))));
+  if (::access(path.c_str(), R_OK) != 0) return nullptr;
+  const Block bytes(static_cast<char*>(std::malloc(static_cast<std::size_t>(status.st_size))));
   ssize_t length = 0;
   for (const off_t size : {status.st_size, off_t{8}}) {
     const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    length = std::max(length, ::read(file, bytes.block.get(), static_cast<std::size_t>(size)));
+    length = std::max(length, ::read(file, bytes.get(), static_cast<std::size_t>(size)));
     ::close(file);
   }
-  return Parse(bytes.block.get(), static_cast<std::size_t>(length), binary);
+  return Parse(bytes.get(), static_cast<std::size_t>(length), binary);
 }
 
 void BenchReading(std::size_t size, bool binary) {
@@ -113,51 +101,41 @@ void BenchReading(std::size_t size, bool binary) {
 
 bool MagicByStdio(const char* path) {
   std::FILE* const stream = std::fopen(path, "rb");
-  if (stream == nullptr) return false;
   char start[8];
   const bool binary = std::fread(start, 1, 8, stream) == 8 && std::memcmp(start, "bplist00", 8) == 0;
   std::fclose(stream);
   return binary;
 }
 
-int PrintByHand(plist_t node) {
-  char* xml = nullptr;
-  std::uint32_t length = 0;
-  plist_to_xml(node, &xml, &length);
-  std::puts(".................PrintPlist BEGIN.................");
-  std::cout << xml << std::endl;
-  std::puts(".................PrintPlist END.................");
-  std::free(xml);
-  return 0;
-}
-
-// A job that changes a new container and returns it.
-template <typename Insert>
-auto Into(plist_t (*container)(), Insert insert) {
-  return [=] {
-    Node node(container());
-    insert(node.get());
-    return node;
-  };
-}
-
-template <typename Ours, typename Other>
-void BenchHelper(const std::string& name, Ours ours, Other other) {
+void BenchHelper(const std::string& name, auto ours, auto other) {
   Compare(name, kCallGoal, ours, Peer{"libplist", other});
 }
 
+// Jobs that change a new container and return it.
+void BenchInsertion(const std::string& name, plist_t (*container)(), auto ours, auto other) {
+  const auto into = [=](auto insert) {
+    return [=] {
+      Node node(container());
+      insert(node.get());
+      return node;
+    };
+  };
+  BenchHelper(name, into(ours), into(other));
+}
+
 void BenchHelpers() {
-  const auto append = [](plist_t node) { plist_array_append_item(node, plist_new_string("x")); };
-  const auto none = [](plist_t node) { plist_dict_set_item(node, "key", plist_new_string("(None)")); };
-  const auto insert = [](plist_t node) { plist_dict_set_item(node, "key", plist_new_string("x")); };
-  const auto our_append = [](plist_t node) { PlistUtil::AppendPlistArrayString(node, "x"); };
-  const auto our_none = [](plist_t node) { PlistUtil::AddNoneValuePlistDictString(node, "key", ""); };
-  const auto our_insert = [](plist_t node) { PlistUtil::InsertPlistDictString(node, "key", "x"); };
-  const auto array = plist_new_array;
-  const auto dict = plist_new_dict;
-  BenchHelper("AppendPlistArrayString/a new array", Into(array, our_append), Into(array, append));
-  BenchHelper("AddNoneValuePlistDictString/a new dictionary", Into(dict, our_none), Into(dict, none));
-  BenchHelper("InsertPlistDictString/a new dictionary", Into(dict, our_insert), Into(dict, insert));
+  BenchInsertion(
+      "AppendPlistArrayString/a new array", plist_new_array,
+      [](plist_t node) { PlistUtil::AppendPlistArrayString(node, "x"); },
+      [](plist_t node) { plist_array_append_item(node, plist_new_string("x")); });
+  BenchInsertion(
+      "AddNoneValuePlistDictString/a new dictionary", plist_new_dict,
+      [](plist_t node) { PlistUtil::AddNoneValuePlistDictString(node, "key", ""); },
+      [](plist_t node) { plist_dict_set_item(node, "key", plist_new_string("(None)")); });
+  BenchInsertion(
+      "InsertPlistDictString/a new dictionary", plist_new_dict,
+      [](plist_t node) { PlistUtil::InsertPlistDictString(node, "key", "x"); },
+      [](plist_t node) { plist_dict_set_item(node, "key", plist_new_string("x")); });
 
   static const Node tree = SampleTree(10);
   static const Node number(plist_new_uint(1700000000));
@@ -180,17 +158,18 @@ void BenchHelpers() {
       "GetDictOrUidIntegerValue/a dictionary of 5",
       [] { return PlistUtil::GetDictOrUidIntegerValue(entry, "Size"); },
       [=] { return value(plist_dict_get_item(entry, "Size")); });
-
-  // Not by Compare, which would print. scripts/bench sends the standard output to /dev/null.
-  const auto print = [] { return PlistUtil::PrintPlist(tree.get()), 0; };
-  Register("PrintPlist/10 dictionaries/HostUtil", kCallGoal, print);
-  Register("PrintPlist/10 dictionaries/plist_to_xml and std::cout", "",
-           [] { return PrintByHand(tree.get()); });
+  // scripts/bench sends the standard output to /dev/null.
+  BenchHelper(
+      "PrintPlist/10 dictionaries", [] { return PlistUtil::PrintPlist(tree.get()), 0; },
+      [] {
+        std::puts(".................PrintPlist BEGIN.................");
+        std::cout << Encoded(tree, false) << std::endl;
+        std::puts(".................PrintPlist END.................");
+        return 0;
+      });
 }
 
-}  // namespace
-
-void RegisterPlists() {
+const bool kRegistered = [] {
   for (const bool binary : {true, false}) {
     for (const std::size_t size : {kKiB, 100 * kKiB, kMiB, 10 * kMiB}) BenchReading(size, binary);
   }
@@ -199,4 +178,7 @@ void RegisterPlists() {
       "IsBinPlist/1 KiB", kEqualGoal, [=] { return PlistUtil::IsBinPlist(path.c_str()) == 1; },
       Peer{"fopen, fread and memcmp", [=] { return MagicByStdio(path.c_str()); }});
   BenchHelpers();
-}
+  return true;
+}();
+
+}  // namespace

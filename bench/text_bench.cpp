@@ -5,9 +5,6 @@
 #include <stdio.h>  // asprintf
 #include <string.h>
 
-#include <algorithm>
-#include <deque>
-#include <utility>
 #include <vector>
 
 #include "bench.h"
@@ -15,23 +12,12 @@
 
 namespace {
 
-void BenchMemMem(const std::string& data, std::string in, std::string searched) {
-  static std::deque<std::string> kept;  // shared by the jobs, so that they return equal pointers
-  const std::string& range = kept.emplace_back(std::move(in));
-  const std::string& pattern = kept.emplace_back(std::move(searched));
-  using Place = const void*;
-  const auto ours = [&]() -> Place {
-    return Utils::MemMem(range.data(), range.size(), pattern.data(), pattern.size());
-  };
-  const auto find = [&]() -> Place {
-    const std::size_t at = std::string_view(range).find(pattern);
-    return at != std::string_view::npos ? range.data() + at : nullptr;
-  };
-  const auto memmem = [&]() -> Place {
-    return ::memmem(range.data(), range.size(), pattern.data(), pattern.size());
-  };
+void BenchMemMem(const std::string& data, const std::string& range, const std::string& pattern) {
+  const auto ours = [=] { return Utils::MemMem(range.data(), range.size(), pattern.data(), pattern.size()); };
+  const auto find = [=] { return std::string_view(range).find(pattern); };
+  const auto memmem = [=] { return ::memmem(range.data(), range.size(), pattern.data(), pattern.size()); };
   const std::string sizes = std::to_string(pattern.size()) + " in " + SizeName(range.size());
-  Compare("MemMem/" + sizes + ", " + data + (find() != nullptr ? ", found" : ", absent"),
+  Compare("MemMem/" + sizes + ", " + data + (ours() != nullptr ? ", found" : ", absent"),
           range.size() < kKiB ? kCallGoal : kEqualGoal, ours, Peer{"string_view::find", find},
           Peer{"memmem", memmem});
 }
@@ -47,9 +33,8 @@ void BenchMemMems() {
     BenchMemMem("English", line, phrase.substr(0, length - 1) + 'Q');
     BenchMemMem("aaab", aaab(64), aaab(length));
   }
-  for (const std::size_t length : {2U, 4U, 8U, 16U, 32U, 64U}) {
+  for (const std::size_t length : {2U, 4U, 8U, 16U, 32U, 64U})
     BenchMemMem("random", RandomBytes(4 * kKiB), RandomBytes(length, 4));
-  }
   for (const std::size_t length : {4U, 16U}) {
     BenchMemMem("English", EnglishText(4 * kKiB), phrase.substr(0, length));
     BenchMemMem("aaab", aaab(4 * kKiB), aaab(length));
@@ -65,16 +50,6 @@ void BenchMemMems() {
   BenchMemMem("period of 2", Repeated("ab", kMiB), Repeated("ab", 62) + "bb");
 }
 
-// Edits a copy of the text: copying costs every contender the same.
-template <typename Edit>
-auto Edited(const std::string& text, Edit edit) {
-  return [text, edit] {
-    std::string copy = text;
-    edit(copy);
-    return copy;
-  };
-}
-
 void FindAndReplace(std::string& text, std::string_view search, std::string_view replacement) {
   for (std::size_t at = text.find(search); at != std::string::npos;
        at = text.find(search, at + replacement.size())) {
@@ -82,30 +57,25 @@ void FindAndReplace(std::string& text, std::string_view search, std::string_view
   }
 }
 
-void FindAndAppend(std::string& text, std::string_view search, std::string_view replacement) {
-  std::string result;
-  std::size_t done = 0;
-  for (std::size_t at; (at = text.find(search, done)) != std::string::npos; done = at + search.size()) {
-    result.append(text, done, at - done).append(replacement);
-  }
-  if (done == 0) return;
-  text = std::move(result.append(text, done));
-}
-
 void BenchReplaceStr(const std::string& data, const std::string& text, const std::string& search,
                      const std::string& replacement) {
-  const bool longer = replacement.size() > search.size();
-  const char* const change = replacement.size() == search.size() ? ", equal"
-                             : longer                            ? ", longer"
-                                                                 : ", shorter";
+  // Edits a copy of the text: copying costs every contender the same.
   const auto job = [&](auto edit) {
-    return Edited(text, [=](std::string& copy) { edit(copy, search.c_str(), replacement.c_str()); });
+    return [=] {
+      std::string copy = text;
+      edit(copy, search.c_str(), replacement.c_str());
+      return copy;
+    };
   };
   const auto absl = [](std::string& copy, const char* from, const char* to) {
     absl::StrReplaceAll({{from, to}}, &copy);
   };
-  Compare("ReplaceStr/" + data + change, kEqualGoal, job(Utils::ReplaceStr),
-          Peer{"find and replace", job(FindAndReplace)}, Peer{"find and append", job(FindAndAppend)},
+  const auto size = replacement.size() <=> search.size();
+  Compare("ReplaceStr/" + data +
+              (size == 0  ? ", equal"
+               : size > 0 ? ", longer"
+                          : ", shorter"),
+          kEqualGoal, job(Utils::ReplaceStr), Peer{"find and replace", job(FindAndReplace)},
           Peer{"absl::StrReplaceAll", job(absl)});
 }
 
@@ -137,66 +107,54 @@ void BenchReplaceStrs() {
 }
 
 void BenchSplitWithFlag(const std::string& data, const std::string& text) {
-  Compare(
-      "SplitWithFlag/" + data, kAheadGoal,
-      [=] {
-        std::vector<std::string> fields;
-        Utils::SplitWithFlag(text.c_str(), ',', fields);
-        return fields;
-      },
-      Peer{"absl::StrSplit", [=] { return std::vector<std::string>(absl::StrSplit(text, ',')); }});
+  const auto ours = [=] {
+    std::vector<std::string> fields;
+    Utils::SplitWithFlag(text.c_str(), ',', fields);
+    return fields;
+  };
+  const auto absl = [=] { return std::vector<std::string>(absl::StrSplit(text, ',')); };
+  Compare("SplitWithFlag/" + data, kAheadGoal, ours, Peer{"absl::StrSplit", absl});
 }
 
-Text DeleteByTokens(const char* text, const char* delimiters, const char* joiner) {
-  const Text copy = Own(::strdup(text));
+std::string DeleteByTokens(std::string text, const char* delimiters, const char* joiner) {
   std::string result;
   char* position = nullptr;
-  for (const char* piece = ::strtok_r(copy.block.get(), delimiters, &position); piece != nullptr;
+  for (const char* piece = ::strtok_r(text.data(), delimiters, &position); piece != nullptr;
        piece = ::strtok_r(nullptr, delimiters, &position)) {
     if (!result.empty()) result += joiner;
     result += piece;
   }
-  return Own(::strdup(result.c_str()));
+  return result;
 }
 
 void BenchDeleteDelims(const std::string& data, const std::string& text, const char* delimiters) {
   Compare(
       "DeleteDelims/" + data, kAheadGoal,
-      [=] { return Own(Utils::DeleteDelims(text.c_str(), delimiters, "-")); },
-      Peer{"strtok_r", [=] { return DeleteByTokens(text.c_str(), delimiters, "-"); }});
-}
-
-Text JoinByPrint(const char* first, const char* second) {
-  char* joined = nullptr;
-  return Own(::asprintf(&joined, "%s%s", first, second) >= 0 ? joined : nullptr);
+      [=] { return Block(Utils::DeleteDelims(text.c_str(), delimiters, "-")); },
+      Peer{"strtok_r", [=] { return DeleteByTokens(text, delimiters, "-"); }});
 }
 
 void BenchConcatStr(const std::string& data, const std::string& first, const std::string& second) {
-  Compare(
-      "ConcatStr/" + data, kCallGoal, [=] { return Own(Utils::ConcatStr(first.c_str(), second.c_str())); },
-      Peer{"asprintf", [=] { return JoinByPrint(first.c_str(), second.c_str()); }});
+  const auto ours = [=] { return Block(Utils::ConcatStr(first.c_str(), second.c_str())); };
+  const auto asprintf = [=] {
+    char* joined = nullptr;
+    return Block(::asprintf(&joined, "%s%s", first.c_str(), second.c_str()) >= 0 ? joined : nullptr);
+  };
+  Compare("ConcatStr/" + data, kCallGoal, ours, Peer{"asprintf", asprintf});
 }
 
 void BenchReplaceChar(const std::string& data, const std::string& text) {
-  Compare(
-      "ReplaceChar/" + data, text.size() < kKiB ? kCallGoal : kEqualGoal,
-      [=] { return Own(Utils::ReplaceChar(text.c_str(), '_', ' ')); },
-      Peer{"strdup and strchr",
-           [=] {
-             Text copy = Own(::strdup(text.c_str()));
-             for (char* at = copy.block.get(); (at = ::strchr(at, ' ')) != nullptr;) *at++ = '_';
-             return copy;
-           }},
-      Peer{"strdup and std::replace", [=] {
-             Text copy = Own(::strdup(text.c_str()));
-             std::replace(copy.block.get(), copy.block.get() + text.size(), ' ', '_');
-             return copy;
-           }});
+  const auto ours = [=] { return Block(Utils::ReplaceChar(text.c_str(), '_', ' ')); };
+  const auto strchr = [=] {
+    Block copy(::strdup(text.c_str()));
+    for (char* at = copy.get(); (at = ::strchr(at, ' ')) != nullptr;) *at++ = '_';
+    return copy;
+  };
+  Compare("ReplaceChar/" + data, text.size() < kKiB ? kCallGoal : kEqualGoal, ours,
+          Peer{"strdup and strchr", strchr});
 }
 
-}  // namespace
-
-void RegisterTexts() {
+const bool kRegistered = [] {
   BenchConcatStr("two short texts", "Library/", "notes.db");
   BenchConcatStr("two texts of 64 KiB", EnglishText(64 * kKiB), RandomBytes(64 * kKiB));
   BenchReplaceChar("40 bytes of English", EnglishText(40));
@@ -210,4 +168,7 @@ void RegisterTexts() {
   BenchSplitWithFlag("64 KiB, fields of 40 bytes",
                      Repeated("0123456789012345678901234567890123456789,", 64 * kKiB) + "x");
   BenchMemMems();
-}
+  return true;
+}();
+
+}  // namespace
