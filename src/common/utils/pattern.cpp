@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
-#include <iterator>
 #include <string_view>
 #include <utility>
 
@@ -139,7 +138,11 @@ Pattern::Pattern(const std::string& pattern) : pattern_(pattern) {
   whole_ = LookAtGroup(begin);
   if (whole_.size > kMostSize) throw std::regex_error(error_space);
   StackForMatching();
-  regex_ = Compile({});
+  // Only back-references need the groups. One to a group that did not match fails without a comparison, so
+  // assertions before it make one.
+  for (auto at = back_references_.rbegin(); at != back_references_.rend(); ++at)
+    pattern_.insert(*at, "(?:\\b|\\B)");
+  regex_.assign(pattern_, back_references_.empty() ? std::regex::nosubs : std::regex::ECMAScript);
 }
 
 #ifdef __GLIBCXX__
@@ -181,16 +184,6 @@ class Position {
   Budget* budget_ = nullptr;
 };
 
-std::regex Pattern::Compile(std::regex::flag_type executor) const {
-  // Only back-references need the groups.
-  if (back_references_.empty()) return std::regex(pattern_, std::regex::nosubs | executor);
-  // A reference to a group that did not match fails without a comparison, so assertions before it make one.
-  std::string charged = pattern_;
-  for (auto at = back_references_.rbegin(); at != back_references_.rend(); ++at)
-    charged.insert(*at, "(?:\\b|\\B)");
-  return std::regex(charged);
-}
-
 bool Pattern::MatchesWhole(const std::string& text) {
   const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
   const std::uintptr_t lowest = here - StackForMatching();
@@ -209,17 +202,13 @@ bool Pattern::MatchesWhole(const std::string& text) {
     try {
       return match(regex_, kMostSteps / 200);  // when they do not suffice, a few milliseconds are lost
     } catch (const std::regex_error&) {
-      linear_ = Compile(std::regex_constants::__polynomial);
+      linear_.emplace(pattern_, std::regex::nosubs | std::regex_constants::__polynomial);
     }
   }
   return match(*linear_, most);
 }
 
 #else
-
-std::regex Pattern::Compile(std::regex::flag_type) const {
-  return std::regex(pattern_);
-}
 
 bool Pattern::MatchesWhole(const std::string& text) {
   StackForMatching();

@@ -33,7 +33,6 @@ class Pattern {
   };
 
   Term LookAtGroup(std::size_t& at);
-  std::regex Compile(std::regex::flag_type executor) const;
   std::size_t StackForMatching() const;
 
   std::string pattern_;
