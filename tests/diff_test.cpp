@@ -2,10 +2,6 @@
 
 namespace {
 
-using testing::FieldsAre;
-using testing::HasSubstr;
-using testing::MatchesRegex;
-
 constexpr auto kFolder = EntryKind::Directory;
 constexpr auto kLink = EntryKind::Link;
 

@@ -42,8 +42,3 @@ TEST(NumericFields, ReadMissingAsZero) {
   }
   EXPECT_EQ(Utils::GetZeroLongIsNull("9000000000"), 9'000'000'000);
 }
-
-TEST(Base64Decode, DecodesNothing) {
-  EXPECT_EQ(Utils::Base64Decode("aGk=", 4), "");
-  EXPECT_EQ(Utils::Base64Decode(nullptr, UINT32_MAX), "");
-}

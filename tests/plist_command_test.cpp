@@ -1,32 +1,17 @@
 // hostutil plist FILE [--json]
 
+#include "support/plists.h"
 #include "support/program.h"
 
 namespace {
 
 using namespace std::string_literals;
-using testing::AllOf;
-using testing::FieldsAre;
-using testing::HasSubstr;
-using testing::Not;
 
 std::string PlistAsJson(const SampleBackup& backup, const std::string& list) {
   backup.folder.Write("backup/list", list);
   const auto [status, out, err] = backup.Run("hostutil plist list --json");
   return status == 0 && out.ends_with('\n') ? out.substr(0, out.size() - 1)
                                             : std::to_string(status) + ' ' + err;
-}
-
-// A binary list of at most 255 bytes whose objects begin at `objects`, the root first.
-std::string Binary(const std::vector<std::string>& objects) {
-  std::string bytes = "bplist00", table;
-  for (const std::string& object : objects) {
-    table += static_cast<char>(bytes.size());
-    bytes += object;
-  }
-  const auto number = [](std::size_t value) { return std::string(7, '\0') + static_cast<char>(value); };
-  return bytes + table + std::string(6, '\0') + "\1\1" + number(objects.size()) + number(0) +
-         number(bytes.size());
 }
 
 TEST(PlistCommand, PrintsWhatLibplistReadsBackAndNothingElse) {
@@ -62,15 +47,16 @@ TEST(PlistCommand, WritesWhatOnlyBinaryListsHoldAsJson) {
   const std::string zeros(6, '\0');
   // A UID; an integer; not a number, and minus infinity; as dates infinity, 1e300 seconds, and one of 1969;
   // a text that is not UTF-8.
-  EXPECT_EQ(PlistAsJson(backup,
-                        Binary({"\xA8\1\2\3\4\5\6\7\x8", "\x81\1\2"s, "\x13\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFE",
-                                "\x23\x7F\xF8" + zeros, "\x23\xFF\xF0" + zeros, "\x33\x7F\xF0" + zeros,
-                                "\x33\x7E\x37" + zeros, "\x33\xC1\xCE" + zeros,
-                                "\x53"
-                                "a\xFF"
-                                "b"})),
+  EXPECT_EQ(PlistAsJson(backup, BinaryList({"\xA8\1\2\3\4\5\6\7\x8", "\x81\1\2"s,
+                                            "\x13\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFE", "\x23\x7F\xF8" + zeros,
+                                            "\x23\xFF\xF0" + zeros, "\x33\x7F\xF0" + zeros,
+                                            "\x33\x7E\x37" + zeros, "\x33\xC1\xCE" + zeros,
+                                            "\x53"
+                                            "a\xFF"
+                                            "b"})),
             R"([{"CF$UID":258},-2,null,null,null,null,"1969-02-07T03:44:00Z","a\ufffdb"])");
-  EXPECT_EQ(PlistAsJson(backup, Binary({"\xD2\1\1\2\3", "Q\xFF", "\x10\1", "\x10\2"})), R"({"\ufffd":2})");
+  EXPECT_EQ(PlistAsJson(backup, BinaryList({"\xD2\1\1\2\3", "Q\xFF", "\x10\1", "\x10\2"})),
+            R"({"\ufffd":2})");
 }
 
 TEST(PlistCommand, WritesTheDeepestListOnASmallStack) {

@@ -1,57 +1,39 @@
 #include "common/plist_limits.h"
 
-#include "common/libplist.h"
 #include "common/plist_util.h"
+#include "support/plists.h"
 #include "support/temporary_folder.h"
-#include "support/testing.h"
 
 namespace {
 
 using namespace std::string_literals;
 using BinaryPlist::Reader;
 
-std::string Number(std::uint64_t value, std::size_t size) {
-  std::string bytes;
-  while (size-- > 0) bytes += static_cast<char>(value >> (8 * size));
-  return bytes;
-}
-
 // An object whose count follows its marker as an integer of `1 << log` bytes.
 std::string Counted(unsigned type, std::uint64_t count, const std::string& body, unsigned log = 2) {
-  return Number(type | 0x0F, 1) + Number(0x10 | log, 1) + Number(count, std::size_t{1} << log) + body;
-}
-
-std::string List(const std::vector<std::string>& objects, std::size_t reference_size,
-                 std::uint64_t root = 0) {
-  std::string bytes = "bplist00";
-  std::string table;
-  for (const std::string& object : objects) {
-    table += Number(bytes.size(), 3);
-    bytes += object;
-  }
-  return bytes + table + Number(3, 7) + Number(reference_size, 1) + Number(objects.size(), 8) +
-         Number(root, 8) + Number(bytes.size(), 8);
+  return BigEndian(type | 0x0F, 1) + BigEndian(0x10 | log, 1) + BigEndian(count, std::size_t{1} << log) +
+         body;
 }
 
 // An array of one object.
 std::string ArrayOf(const std::string& object) {
-  return List({"\xA1\1", object}, 1);
+  return BinaryList({"\xA1\1", object});
 }
 
 // `levels` containers, each with `width` references to the next, and a string at the end, which is also each
 // dictionary's key.
 std::string Nest(unsigned type, std::size_t levels, std::size_t width = 1) {
-  const std::string keys = type == BinaryPlist::kDictionary ? Times(width, Number(levels, 2)) : "";
+  const std::string keys = type == BinaryPlist::kDictionary ? Times(width, BigEndian(levels, 2)) : "";
   std::vector<std::string> objects;
   for (std::size_t next = 1; next <= levels; ++next)
-    objects.push_back(Counted(type, width, keys + Times(width, Number(next, 2))));
+    objects.push_back(Counted(type, width, keys + Times(width, BigEndian(next, 2))));
   objects.push_back(Counted(BinaryPlist::kAsciiString, 3, "key"));
-  return List(objects, 2);
+  return BinaryList(objects, 2);
 }
 
 // An array of `count` references to one object.
 std::string Repeat(std::size_t count, const std::string& object, std::size_t size = 1) {
-  return List({Counted(BinaryPlist::kArray, count, Times(count, Number(1, size))), object}, size);
+  return BinaryList({Counted(BinaryPlist::kArray, count, Times(count, BigEndian(1, size))), object}, size);
 }
 
 // The bytes end where the block ends, so that a sanitizer sees every read past it.
@@ -70,16 +52,16 @@ TEST(PlistLimits, ListsThatExpandOrNestTooFarOrHoldNulsAreRejected) {
   }
   for (const unsigned type : {BinaryPlist::kData, BinaryPlist::kAsciiString, BinaryPlist::kUtf16String})
     EXPECT_FALSE(IsSafe(Repeat(100'000, Counted(type, 1 << 19, large)))) << type;
-  EXPECT_FALSE(IsSafe(List({"\xA1\0"s}, 1))) << "an array in itself";
+  EXPECT_FALSE(IsSafe(BinaryList({"\xA1\0"s}))) << "an array in itself";
   EXPECT_FALSE(IsSafe(ArrayOf("\x62\0a\0\0"s))) << "a NUL in the first four units";
   EXPECT_FALSE(IsSafe(ArrayOf("\x66\0a\0b\0c\0d\0e\0\0"s))) << "a NUL after them";
-  EXPECT_FALSE(IsSafe(List({"\xD1\1\2", "\x62\0a\0\0"s, "\x09"}, 1))) << "a NUL in a key";
+  EXPECT_FALSE(IsSafe(BinaryList({"\xD1\1\2", "\x62\0a\0\0"s, "\x09"}))) << "a NUL in a key";
 
   // The promises of plist_limits.h.
   const std::string many_references = Counted(BinaryPlist::kArray, 300'000, std::string(300'000, '\2'));
   EXPECT_TRUE(IsSafe(Repeat(1'000'000, Counted(BinaryPlist::kAsciiString, 380, std::string(380, 'x')))));
   EXPECT_TRUE(IsSafe(Repeat(100'000, Counted(BinaryPlist::kAsciiString, 890, std::string(890, 'x')), 2)));
-  EXPECT_TRUE(IsSafe(List({"\xA3\1\1\1", many_references, "Skey"}, 1)));
+  EXPECT_TRUE(IsSafe(BinaryList({"\xA3\1\1\1", many_references, "Skey"})));
 }
 
 void ExpectValid(bool valid, const std::string& list) {
@@ -93,7 +75,7 @@ void ExpectValid(bool valid, const std::string& list) {
 }
 
 TEST(PlistLimits, ListsAreValidWhenLibplistParsesThem) {
-  const std::string ones = Times(16, "\1"), good = List({"\xD1\1\1", "Qx"}, 1);
+  const std::string ones = Times(16, "\1"), good = BinaryList({"\xD1\1\1", "Qx"});
   ExpectValid(true, good);
   ExpectValid(Libplist::kReadsNull, ArrayOf("\0"s));
   // The longest number of each kind; ASCII with a NUL; UTF-16 with zero bytes but no NUL; a count of 8 bytes.
@@ -109,11 +91,11 @@ TEST(PlistLimits, ListsAreValidWhenLibplistParsesThem) {
   for (const std::string& object : {"\x84\1\0\0\0\0"s, "\x60"s, "\x5F\x20\1x"s})
     ExpectValid(false, ArrayOf(object));
   // An array and a dictionary that reach into the table, the first byte of which is the reference 0.
-  ExpectValid(false, List({"\x09", "\xA2\0"s}, 1, 1));
-  ExpectValid(false, List({"Qk", "\xD2\0\0\0"s}, 1, 1));
-  ExpectValid(false, List({"\xD1\1\2", "\x09", "Qx"}, 1));  // a key that is no string
-  ExpectValid(false, List({"\xA1\1"}, 1));                  // a reference to no object
-  ExpectValid(false, good.substr(0, 39));                   // too short
+  ExpectValid(false, BinaryList({"\x09", "\xA2\0"s}, 1, 1));
+  ExpectValid(false, BinaryList({"Qk", "\xD2\0\0\0"s}, 1, 1));
+  ExpectValid(false, BinaryList({"\xD1\1\2", "\x09", "Qx"}));  // a key that is no string
+  ExpectValid(false, BinaryList({"\xA1\1"}));                  // a reference to no object
+  ExpectValid(false, good.substr(0, 39));                      // too short
   // An offset size and a reference size of 0; a table that reaches into the trailer, that is in it, and that
   // is in the header.
   for (const auto& [from_end, byte] : {std::pair(26, '\0'), {25, '\0'}, {17, '\3'}, {1, '\x20'}, {1, '\7'}}) {

@@ -5,22 +5,12 @@
 
 #include <iostream>
 
-#include "common/libplist.h"
+#include "support/plists.h"
 #include "support/services.h"
-#include "support/testing.h"
 
 namespace {
 
 using Libplist::Node;
-
-// The node as `write` encodes it; two trees are equal when their texts are.
-std::string Encoded(plist_t node, decltype(&plist_to_xml) write = &plist_to_xml) {
-  char* bytes = nullptr;
-  std::uint32_t length = 0;
-  write(node, &bytes, &length);
-  const Libplist::Text owner(bytes);
-  return {bytes, length};
-}
 
 // The text of a string node; "(no string)" for any other node and for null.
 std::string StringOf(plist_t node) {
@@ -86,7 +76,7 @@ TEST(ReadPlist, ReadsTheFirstOpenAndLetsTheSecondDecideTheEncoding) {
     const Node root(PlistUtil::ReadPlist("/a b"));
     EXPECT_EQ(file.calls, "size of /a b\n" + Times(opens, "open /a b, rb\n"));
     EXPECT_EQ(in_place.AccessorCalls(), static_cast<int>(1 + opens));
-    EXPECT_EQ(root != nullptr ? Encoded(root.get()) : "", gives_tree ? kXml : "");
+    EXPECT_EQ(Encoded(root.get()), gives_tree ? kXml : "");
   }
   EXPECT_EQ(PlistUtil::ReadPlist(nullptr), nullptr);
 }

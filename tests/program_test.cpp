@@ -6,10 +6,6 @@
 
 namespace {
 
-using testing::FieldsAre;
-using testing::HasSubstr;
-using testing::MatchesRegex;
-
 auto LinesOf(const std::string& text) {
   return std::count(text.begin(), text.end(), '\n');
 }

@@ -1,8 +1,7 @@
 #include "common/xml_plist.h"
 
-#include "common/libplist.h"
 #include "common/plist_limits.h"
-#include "support/testing.h"
+#include "support/plists.h"
 
 namespace {
 
@@ -18,15 +17,10 @@ std::string DecodeSlowTexts(const std::string& list) {
   return {copy.bytes.get(), copy.length};
 }
 
-// The tree that libplist makes of the list, as XML; "rejected" for none.
+// The tree that libplist makes of the list, as XML; empty for none.
 std::string Tree(const std::string& list) {
   const auto length = static_cast<std::uint32_t>(list.size());
-  const Libplist::Node root(Libplist::Parse(plist_from_xml, list.c_str(), length));
-  char* xml = nullptr;
-  std::uint32_t ignored = 0;
-  if (root != nullptr) plist_to_xml(root.get(), &xml, &ignored);
-  const Libplist::Text owner(xml);
-  return xml != nullptr ? xml : "rejected";
+  return Encoded(Libplist::Node(Libplist::Parse(plist_from_xml, list.c_str(), length)).get());
 }
 
 std::string InString(const std::string& text) {

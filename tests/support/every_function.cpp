@@ -7,10 +7,10 @@
 #include <regex>
 
 #include "common/big_endian_bit_converter.h"
-#include "common/libplist.h"
 #include "common/plist_util.h"
 #include "common/utils.h"
 #include "platform/autorelease_pool.h"
+#include "support/plists.h"
 #include "support/temporary_folder.h"
 
 namespace {
@@ -27,8 +27,7 @@ const std::string kName = "a file with a long name.and a long extension";
 const std::string kLong = "a text that is longer than a string object itself";
 
 // A list of two texts.
-const std::string kBinaryList(
-    "bplist00\xA2\1\2QaQb\x08\x0B\x0D\0\0\0\0\0\0\1\1\0\0\0\0\0\0\0\3\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\x0F", 50);
+const std::string kBinaryList = BinaryList({"\xA2\1\2", "Qa", "Qb"});
 
 // A text whose entities are decoded before libplist parses it.
 const std::string kEntities = "<string>" + Times(200, "&amp;") + "</string>";

@@ -13,6 +13,12 @@
 #include "common/utils.h"
 #include "support/temporary_folder.h"
 
+using testing::AllOf;
+using testing::FieldsAre;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing::Not;
+
 struct ProgramResult {
   int status;  // as the shell tells it: 128 and the number for an end by a signal
   std::string out;
@@ -25,7 +31,7 @@ inline const std::string kLayouts[] = {"two-level", "flat"};
 
 // A failure whose one line holds `reason`, a regular expression.
 inline auto IsFailure(const std::string& reason) {
-  return testing::FieldsAre(2, "", testing::MatchesRegex("hostutil: [^\n]*" + reason + "[^\n]*\n"));
+  return FieldsAre(2, "", MatchesRegex("hostutil: [^\n]*" + reason + "[^\n]*\n"));
 }
 
 // The kind and the path of each problem.
