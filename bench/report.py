@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Prints the page of a run of hostutil_bench from Google Benchmark's JSON; draws the picture when a file is named.
+"""Prints the page of some runs of hostutil_bench from Google Benchmark's JSON, and draws the picture.
 
-    bench/report.py RESULT.json [PICTURE.svg]
+    bench/report.py PICTURE.svg RESULT.json...
 """
 import collections
 import json
@@ -19,11 +19,11 @@ Each function and what a C++ developer would call instead, doing the same job on
 The code is in `bench/`.
 
 - {machine}, {num_cpus} cores; compiler {compiler}, release build; {date}.
-- {repetitions} repetitions of each benchmark, of at least {min_time} s each, in random order over all benchmarks.
+- {rounds} rounds, each a new process, in which every benchmark runs for at least {min_time} s, next to its peers.
   Nothing is repeated because of its result.
-- A figure is the median processor time of one call. Half of the repetitions of a benchmark lie within {spread:.0%} of
-  each other (the median over the benchmarks; {worst:.0%} in the worst).
-- The ratio is our time over that of the fastest other: below 1 we are faster.
+- A figure is the median processor time of one call. The ratio is the median of our time over that of the fastest
+  other in the same round: below 1 we are faster. Half of the ratios of a row lie within {spread:.1%} of each other
+  (the median over the rows; {worst:.0%} in the worst).
 - A goal is the largest ratio that we accept, with 2.5 ns more where a call into a shared library counts.
   "Parse alone" and "nettle" do only part of the job.
 - `ReplaceStr` and its peers edit a fresh copy of the text, which is part of the time.
@@ -62,39 +62,37 @@ def shown(time):
     return f"{time / size:.3g} {unit}"
 
 
-with open(sys.argv[1], encoding="utf-8") as stream:
-    result = json.load(stream)
 times = collections.defaultdict(lambda: collections.defaultdict(list))
 goals, spreads, rows, speeds = {}, [], [], collections.defaultdict(list)
-# By function, in the order of registration.
-for run in sorted(result["benchmarks"], key=lambda run: (run["name"].split("/")[0], run["family_index"])):
-    if run["run_type"] == "iteration":
+for file in sys.argv[2:]:
+    with open(file, encoding="utf-8") as stream:
+        result = json.load(stream)
+    for run in sorted(result["benchmarks"], key=lambda run: run["name"].split("/")[0]):
         name, contender = run["name"].rsplit("/", 1)
         times[name][contender].append(run["cpu_time"])  # nanoseconds, Google Benchmark's default
         goals[name] = run.get("label") or goals.get(name)  # a peer has none
 for name, contenders in times.items():
-    for values in contenders.values():
-        low, median, high = statistics.quantiles(values, n=4, method="inclusive")
-        spreads.append((high - low) / median)
-    medians = {contender: statistics.median(values) for contender, values in contenders.items()}
-    ours = medians.pop("HostUtil")
-    best = min(medians.values())
-    factor, allowance = re.fullmatch(r"([\d.]+)(?: \+ ([\d.]+) ns)?", goals[name]).groups(default="0")
-    mark = " **missed**" if ours > float(factor) * best + float(allowance) else ""
+    ours = contenders.pop("HostUtil")
+    others = sorted((statistics.median(rounds), peer) for peer, rounds in contenders.items())
+    pairs = list(zip(ours, contenders[others[0][1]]))
+    low, ratio, high = statistics.quantiles([our / best for our, best in pairs], n=4, method="inclusive")
+    spreads.append((high - low) / ratio)
+    factor, allowance = map(float, re.fullmatch(r"([\d.]+)(?: \+ ([\d.]+) ns)?", goals[name]).groups(default="0"))
+    missed = statistics.median(our - factor * best - allowance for our, best in pairs) > 0
     function, data = name.replace("*", "\\*").split("/", 1)
-    others = ", ".join(f"{peer} {shown(time)}" for peer, time in sorted(medians.items(), key=lambda item: item[1]))
-    rows.append(f"| `{function}` | {data} | {shown(ours)} | {others} | {ours / best:.2f} | {goals[name]}{mark} |")
-    speeds[function].append(best / ours)
+    peers = ", ".join(f"{peer} {shown(time)}" for time, peer in others)
+    rows.append(f"| `{function}` | {data} | {shown(statistics.median(ours))} | {peers} | {ratio:.2f} | {goals[name]}"
+                f"{' **missed**' if missed else ''} |")
+    speeds[function].append(1 / ratio)
 try:
     with open("/proc/cpuinfo", encoding="utf-8") as lines:
         machine = re.search(r"model name\s*: (.*)", lines.read())[1]
 except (OSError, TypeError):
     machine = platform.machine()
 context = result["context"] | {"date": result["context"]["date"][:10]}
-print(PAGE.format(**context, machine=machine, repetitions=result["benchmarks"][0]["repetitions"],
-                  spread=statistics.median(spreads), worst=max(spreads), comparisons=len(rows),
-                  missed=sum("**missed**" in row for row in rows), rows="\n".join(rows)))
-if len(sys.argv) > 2:
-    bars = sorted((statistics.geometric_mean(values), min(values), max(values), name) for name, values in speeds.items())
-    data = "\n".join(f"{name} {mean:.4f} {least:.4f} {most:.4f}" for mean, least, most, name in bars)
-    subprocess.run(["gnuplot"], input=PLOT.format(picture=sys.argv[2], data=data), text=True, check=True)
+print(PAGE.format(**context, machine=machine, rounds=len(sys.argv) - 2, spread=statistics.median(spreads),
+                  worst=max(spreads), comparisons=len(rows), missed=sum("**missed**" in row for row in rows),
+                  rows="\n".join(rows)))
+bars = sorted((statistics.geometric_mean(values), min(values), max(values), name) for name, values in speeds.items())
+data = "\n".join(f"{name} {mean:.4f} {least:.4f} {most:.4f}" for mean, least, most, name in bars)
+subprocess.run(["gnuplot"], input=PLOT.format(picture=sys.argv[1], data=data), text=True, check=True)

@@ -113,7 +113,7 @@ void BenchSplitWithFlag(const std::string& data, const std::string& text) {
     return fields;
   };
   const auto absl = [=] { return std::vector<std::string>(absl::StrSplit(text, ',')); };
-  Compare("SplitWithFlag/" + data, kAheadGoal, ours, Peer{"absl::StrSplit", absl});
+  Compare("SplitWithFlag/" + data, kEqualGoal, ours, Peer{"absl::StrSplit", absl});
 }
 
 std::string DeleteByTokens(std::string text, const char* delimiters, const char* joiner) {
@@ -129,7 +129,7 @@ std::string DeleteByTokens(std::string text, const char* delimiters, const char*
 
 void BenchDeleteDelims(const std::string& data, const std::string& text, const char* delimiters) {
   Compare(
-      "DeleteDelims/" + data, kAheadGoal,
+      "DeleteDelims/" + data, kEqualGoal,
       [=] { return Block(Utils::DeleteDelims(text.c_str(), delimiters, "-")); },
       Peer{"strtok_r", [=] { return DeleteByTokens(text, delimiters, "-"); }});
 }
