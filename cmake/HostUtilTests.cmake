@@ -1,4 +1,4 @@
-# What tests/CMakeLists.txt needs to declare its tests, and two tests of the binaries themselves.
+# What tests/CMakeLists.txt needs to declare its tests, and the tests of the shared libraries themselves.
 
 # hostutil_test(NAME [SOURCES...]): the test NAME_test.cpp.
 function(hostutil_test name)
@@ -19,6 +19,17 @@ function(hostutil_program_test name)
   target_compile_definitions(${name}_test PRIVATE HOSTUTIL_PROGRAM="${emulator} '$<TARGET_FILE:hostutil>'")
   add_dependencies(${name}_test hostutil)
 endfunction()
+
+# Linked with the shared libraries, by which it recognises their allocations. Replaces glibc's malloc, which a
+# sanitizer replaces too.
+if(NOT APPLE AND NOT HOSTUTIL_SANITIZE)
+  add_executable(allocation_failure_test
+    allocation_failure_test.cpp support/every_function.cpp)
+  target_include_directories(allocation_failure_test PRIVATE "${CMAKE_CURRENT_SOURCE_DIR}")
+  target_link_libraries(allocation_failure_test PRIVATE
+    hostutil_compile HostUtil::HostUtil PkgConfig::HOSTUTIL_SQLITE glog::glog GTest::gtest_main)
+  gtest_discover_tests(allocation_failure_test DISCOVERY_MODE PRE_TEST)
+endif()
 
 if(CMAKE_NM AND NOT APPLE AND NOT HOSTUTIL_SANITIZE)
   # The ABI exports a constructor and a destructor twice each, under one demangled name.

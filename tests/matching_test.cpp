@@ -7,8 +7,6 @@
 
 namespace {
 
-using Texts = std::vector<std::string>;
-
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr std::size_t kSmallStack = 1024 << 10;  // instrumented frames are up to eight times as large
 #else
@@ -29,19 +27,22 @@ int OutcomeOf(const std::string& text, const std::string& pattern) {
   return outcome;
 }
 
-// Text for a failed row of a table: patterns may have a million characters.
-std::string Start(const std::string& pattern) {
-  return pattern.substr(0, 60);
+struct Row {
+  int outcome;
+  std::string text;
+  std::vector<std::string> patterns;  // each gives the outcome
+};
+
+void Expect(const std::vector<Row>& rows) {
+  for (const Row& row : rows)
+    for (const std::string& pattern : row.patterns)
+      EXPECT_EQ(OutcomeOf(row.text, pattern), row.outcome) << pattern.substr(0, 60);
 }
 
 TEST(MatchString, MatchesWholeTexts) {
   const std::string words = Times(100, "ab");
   using namespace std::regex_constants;
-  const struct {
-    int outcome;
-    std::string text;
-    Texts patterns;
-  } rows[] = {
+  Expect({
       {kYes, {"a(\0", 3}, {{"a\\(\0", 4}}},
       {kYes,
        "aa-aa",
@@ -53,21 +54,14 @@ TEST(MatchString, MatchesWholeTexts) {
       {error_paren, "a", {"a(b", "(a", Times(50, "a") + "|a("}},
       {error_brack, "a", {"a[b"}},
       {kYes, words, {words, Times(100, "a*b?"), Times(100, "(ab*)?"), "(.*)\\1", "(/?[^/]{1,255}){0,10}"}},
-  };
-  for (const auto& row : rows)
-    for (const std::string& pattern : row.patterns)
-      EXPECT_EQ(OutcomeOf(row.text, pattern), row.outcome) << Start(pattern);
+  });
   EXPECT_TRUE(Utils::MatchString("", "", nullptr));
 }
 
 void MatchHostilePatterns() {
   using namespace std::regex_constants;
   const std::string a50k = Times(50'000, "a");
-  const struct {
-    int outcome;
-    std::string text;
-    Texts patterns;
-  } rows[] = {
+  Expect({
       {kYes, a50k, {"(a|b)*", "(?:(?!foo).)*", Times(40, "(?=") + Times(40, ")") + "a*"}},
       {error_stack,
        "a",
@@ -84,10 +78,7 @@ void MatchHostilePatterns() {
       {error_space, "a", {"(a?){4294977296}b", "(a?){1,4294977296}b"}},
       {error_backref, "aa", {"(a)\\4294967297"}},
       {kYes, "aa99999999999", {"a{2}99999999999", "a{1,2}99999999999", "aa\\x399999999999"}},
-  };
-  for (const auto& row : rows)
-    for (const std::string& pattern : row.patterns)
-      EXPECT_EQ(OutcomeOf(row.text, pattern), row.outcome) << Start(pattern);
+  });
 #ifdef __GLIBCXX__  // libc++ refuses repeated repetitions, and has other bounds for texts
   EXPECT_EQ(OutcomeOf("aa", "a" + Times(10, "*")), kYes);
   EXPECT_EQ(OutcomeOf("a", "a" + Times(15'000, "*")), error_stack);
