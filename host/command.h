@@ -14,8 +14,10 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <memory>
 #include <string>
+#include <thread>
 
 #include "failure.h"
 #include "selection.h"
@@ -33,6 +35,14 @@ inline void AddLayout(CLI::App* command, bool& two_level) {
           "two-level (the default) or flat")
       ->check(CLI::IsMember({"two-level", "flat"}))
       ->type_name("LAYOUT");
+}
+
+// Adds the option --jobs; `jobs` is set in any case.
+inline void AddJobs(CLI::App* command, std::size_t& jobs) {
+  jobs = std::max(std::thread::hardware_concurrency(), 1U);
+  command->add_option("--jobs", jobs, "threads, 1 to 256; by default one for each processor core")
+      ->check(CLI::Range(1, 256))
+      ->type_name("N");
 }
 
 // Adds the options --match and --domain.

@@ -2,12 +2,10 @@
 
 #include <algorithm>
 #include <chrono>
-#include <future>
-#include <mutex>
-#include <system_error>
-#include <thread>
+#include <span>
 
 #include "backup_plist.h"
+#include "batches.h"
 #include "command.h"
 #include "common/libplist.h"
 #include "common/plist_util.h"
@@ -16,7 +14,6 @@
 #include "manifest.h"
 #include "owners.h"
 #include "page.h"
-#include "platform/autorelease_pool.h"
 #include "progress.h"
 #include "replace_file.h"
 #include "report.h"
@@ -27,7 +24,7 @@ namespace {
 struct Options {
   std::string root;
   bool json = false;
-  std::size_t jobs = std::max(std::thread::hardware_concurrency(), 1U);
+  std::size_t jobs = 1;
   std::optional<std::string> html;  // where to write the page
 };
 
@@ -69,18 +66,18 @@ void ReadDevice(const BackupFolder& folder, Report& report) {
   }
 }
 
-// What was read from the manifest at once.
-struct Record {
-  std::uint64_t number = 0;  // from 1
-  Manifest::Next next = Manifest::Next::End;
-  Entry entry;
-};
-
 // Checks entries for one thread; what it found is in a report of its own.
 class Checker {
  public:
   explicit Checker(const BackupFolder& folder) : folder_(folder), files_(folder) {}
 
+  void Use(std::span<const Record> batch) {
+    for (const Record& record : batch) Check(record);
+  }
+
+  Report Take() { return std::move(report_); }
+
+ private:
   void Check(const Record& record) {
     if (record.next == Manifest::Next::Truncated) report_.truncated = true;
     if (record.next == Manifest::Next::Entry) {
@@ -90,9 +87,6 @@ class Checker {
     }
   }
 
-  Report Take() { return std::move(report_); }
-
- private:
   void CheckEntry(const Record& record) {
     const Entry& entry = record.entry;
     const std::string id = Utils::CalcFileID(entry.domain.c_str(), entry.path.c_str());
@@ -154,87 +148,23 @@ class Checker {
   Report report_;
 };
 
-// Every thread reads a few records under a lock, checks them without it, and so on to the end of the
-// manifest. There is no queue: a thread holds at most one batch.
-class Inspection {
- public:
-  explicit Inspection(const std::string& root) : folder_(root) {
-    RefuseEncrypted(folder_);
-    manifest_ = OpenManifest(folder_);
-  }
-
-  // The report on all records; its content does not depend on `jobs`, the number of threads.
-  Report Run(std::size_t jobs) {
-    std::vector<std::future<Report>> others;  // a future's destructor waits for its thread
-    while (others.size() + 1 < jobs && AddThread(others)) {
-    }
-    Report report;
-    report.two_level = folder_.TwoLevel();
-    ReadDevice(folder_, report);
-    report.Merge(Work());
-    for (std::future<Report>& other : others) report.Merge(other.get());
-    return report;
-  }
-
- private:
-  // Measured on two cores: alike from 8 to 512; one record at a time takes a third longer.
-  static constexpr std::size_t kBatch = 64;
-
-  // False when the system has no more threads: those there are suffice.
-  bool AddThread(std::vector<std::future<Report>>& others) {
-    try {
-      others.push_back(std::async(std::launch::async, [this] { return Work(); }));
-      return true;
-    } catch (const std::system_error&) {
-      return false;
-    }
-  }
-
-  // The work of one thread. When it throws, the other threads end after their batch.
-  Report Work() {
-    try {
-      Checker checker(folder_);
-      std::vector<Record> batch(kBatch);
-      while (const std::size_t size = ReadBatch(batch)) {
-        const AutoreleasePool pool;
-        for (std::size_t at = 0; at < size; ++at) checker.Check(batch[at]);
-      }
-      return checker.Take();
-    } catch (...) {
-      const std::lock_guard lock(reading_);
-      ended_ = true;
-      throw;
-    }
-  }
-
-  // The number of records read, 0 at the end of the manifest.
-  std::size_t ReadBatch(std::vector<Record>& batch) {
-    const std::lock_guard lock(reading_);
-    std::size_t size = 0;
-    for (; size < batch.size() && !ended_; ++size) {
-      Record& record = batch[size];
-      record.next = manifest_->Read(record.entry);
-      record.number = ++records_read_;
-      if (record.next == Manifest::Next::End) {
-        ended_ = true;
-        break;
-      }
-      progress_.Advance(*manifest_);
-    }
-    return size;
-  }
-
-  BackupFolder folder_;
-  std::mutex reading_;  // guards the members below
-  std::unique_ptr<Manifest> manifest_;
-  Progress progress_;
-  std::uint64_t records_read_ = 0;
-  bool ended_ = false;
-};
+// The report on all records; its content does not depend on `jobs`, the number of threads.
+Report Inspect(const std::string& root, std::size_t jobs) {
+  const BackupFolder folder(root);
+  RefuseEncrypted(folder);
+  const std::unique_ptr<Manifest> manifest = OpenManifest(folder);
+  Progress progress;
+  Report report;
+  report.two_level = folder.TwoLevel();
+  ReadDevice(folder, report);
+  Batches batches(*manifest, &progress);
+  for (Report& part : batches.Share(jobs, [&] { return Checker(folder); })) report.Merge(std::move(part));
+  return report;
+}
 
 ExitStatus Run(const Options& options) {
   const auto start = std::chrono::steady_clock::now();
-  Report report = Inspection(options.root).Run(options.jobs);
+  Report report = Inspect(options.root, options.jobs);
   const auto elapsed = std::chrono::steady_clock::now() - start;
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(elapsed).count();
   report.root = options.root;
@@ -254,9 +184,7 @@ void AddInspect(CLI::App& app, ExitStatus& status) {
   command->footer("Example:\n  $ hostutil inspect backup --json");
   command->add_option("ROOT", options->root, "the backup's folder")->required();
   command->add_flag("--json", options->json, "one JSON object");
-  command->add_option("--jobs", options->jobs, "threads, 1 to 256; by default one for each processor core")
-      ->check(CLI::Range(1, 256))
-      ->type_name("N");
+  AddJobs(command, options->jobs);
   command->add_option("--html", options->html, "also write the report to FILE, as a page")->type_name("FILE");
   command->callback([options, &status] { status = Run(*options); });
 }

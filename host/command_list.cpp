@@ -1,7 +1,9 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
+#include <span>
 #include <vector>
 
+#include "batches.h"
 #include "command.h"
 #include "common/utils.h"
 #include "entry_text.h"
@@ -16,101 +18,53 @@ struct Options {
   std::string root;
   SelectionOptions selection;
   bool json = false;
+  std::size_t jobs = 1;
 };
 
 using Json = nlohmann::ordered_json;
 
-// The columns of a line of text output.
-struct Row {
-  std::string kind, size, modified, domain, path;
-};
-
-// Prints rows in aligned columns. Widths are measured on the first 1000 rows only, which bounds memory and
-// delay.
-class Table {
+// Formats an entry as a line: aligned columns, or an object of JSON.
+class Formatter {
  public:
-  Table(Output& output, const Screen& screen) : output_(output), screen_(screen) {}
+  Formatter(const BackupFolder& folder, bool json) : folder_(folder), json_(json) {}
 
-  void Add(Row row) {
-    if (!measured_) {
-      first_.push_back(std::move(row));
-      if (first_.size() == kMeasured) Measure();
-    } else {
-      Print(row);
-    }
+  // A longer domain moves its own path only.
+  void Align(const std::vector<Entry>& entries) {
+    for (const Entry& entry : entries)
+      domain_width_ = std::max(domain_width_, TerminalText::Width(TerminalText::Escaped(entry.domain)));
+    constexpr std::size_t kWidest = 60;  // where nothing is cut
+    const std::size_t widest = screen_.width != 0 ? std::max<std::size_t>(screen_.width / 4, 12) : kWidest;
+    domain_width_ = std::min(domain_width_, widest);
   }
 
-  void Finish() {
-    if (!measured_) Measure();
+  void Append(const Entry& entry, std::string& lines) const {
+    if (json_) {
+      lines += AsJson(entry).dump(-1, ' ', true, Json::error_handler_t::replace);
+    } else {
+      AppendColumns(entry, lines);
+    }
+    lines += '\n';
   }
 
  private:
-  static constexpr std::size_t kMeasured = 1000;
-
-  void Measure() {
-    measured_ = true;
-    for (const Row& row : first_) domain_ = std::max(domain_, TerminalText::Width(row.domain));
-    constexpr std::size_t kWidest = 60;  // where nothing is cut, a longer domain moves its own path only
-    domain_ = std::min(domain_, screen_.width != 0 ? std::max<std::size_t>(screen_.width / 4, 12) : kWidest);
-    for (const Row& row : first_) Print(row);
-    first_.clear();
-  }
-
-  void Print(const Row& row) {
+  void AppendColumns(const Entry& entry, std::string& lines) const {
+    const std::size_t start = lines.size();
+    const bool has_size = entry.kind == EntryKind::File && entry.size;
+    AppendCell(NameOf(entry.kind), 9, lines);
+    AppendCell(TerminalText::PaddedLeft(has_size ? TerminalText::Size(*entry.size) : "-", 8), 8, lines);
+    AppendCell(DateOf(entry.modified), 19, lines);
     const bool cut = screen_.width != 0;
-    line_.clear();
-    AddCell(row.kind, 9);
-    AddCell(TerminalText::PaddedLeft(row.size, 8), 8);
-    AddCell(row.modified, 19);
-    AddCell(cut ? TerminalText::ElidedMiddle(row.domain, domain_) : row.domain, domain_);
-    const std::size_t used = TerminalText::Width(line_);
+    AppendCell(TerminalText::ElidedMiddle(TerminalText::Escaped(entry.domain), cut ? domain_width_ : 0),
+               domain_width_, lines);
+    const std::size_t used = cut ? TerminalText::Width(std::string_view(lines).substr(start)) : 0;
     const std::size_t room = std::max<std::size_t>(screen_.width - std::min(used, screen_.width), 12);
-    line_ += cut ? TerminalText::ElidedMiddle(row.path, room) : row.path;
-    line_ += '\n';
-    output_.Write(line_);
+    lines += TerminalText::ElidedMiddle(TerminalText::Escaped(entry.path), cut ? room : 0);
   }
 
   // Appends `text`, padded to `width` columns, and the gap before the next cell.
-  void AddCell(std::string_view text, std::size_t width) {
+  static void AppendCell(std::string_view text, std::size_t width, std::string& lines) {
     const std::size_t own = TerminalText::Width(text);
-    line_.append(text).append((own < width ? width - own : 0) + 2, ' ');
-  }
-
-  Output& output_;
-  const Screen& screen_;
-  std::vector<Row> first_;
-  bool measured_ = false;
-  std::size_t domain_ = 0;
-  std::string line_;  // the one being printed
-};
-
-class Lister {
- public:
-  explicit Lister(const Options& options)
-      : selection_(options.selection),
-        json_(options.json),
-        folder_(options.root),
-        screen_(Screen::OfStandardOutput()),
-        table_(output_, screen_),
-        manifest_(OpenManifest(folder_)) {}
-
-  ExitStatus Run() {
-    for (Entry entry; selection_.Next(*manifest_, entry);) Print(entry);
-    table_.Finish();
-    output_.Flush();
-    return selection_.ReportOmissions();
-  }
-
- private:
-  void Print(const Entry& entry) {
-    if (json_) {
-      output_.Write(AsJson(entry).dump(-1, ' ', true, Json::error_handler_t::replace) + '\n');
-    } else {
-      const std::string size = entry.size ? TerminalText::Size(*entry.size) : "-";
-      table_.Add({std::string(NameOf(entry.kind)), entry.kind == EntryKind::File ? size : "-",
-                  DateOf(entry.modified), TerminalText::Escaped(entry.domain),
-                  TerminalText::Escaped(entry.path)});
-    }
+    lines.append(text).append((own < width ? width - own : 0) + 2, ' ');
   }
 
   Json AsJson(const Entry& entry) const {
@@ -124,17 +78,61 @@ class Lister {
     return json;
   }
 
-  Selection selection_;
+  const BackupFolder& folder_;
   bool json_;
-  BackupFolder folder_;
-  Output output_;
-  Screen screen_;
-  Table table_;
-  std::unique_ptr<Manifest> manifest_;
+  Screen screen_ = Screen::OfStandardOutput();
+  std::size_t domain_width_ = 0;
 };
 
+// Selects and formats entries for one thread.
+class Worker {
+ public:
+  Worker(const SelectionOptions& options, const Formatter& formatter, Batches& batches, Output& output)
+      : selection_(options), formatter_(formatter), batches_(batches), output_(output) {}
+
+  void Use(std::span<const Record> batch) {
+    lines_.clear();
+    for (const Record& record : batch)
+      if (selection_.Includes(record.next, record.entry)) formatter_.Append(record.entry, lines_);
+    batches_.InOrder(batch, [this] { output_.Write(lines_); });
+  }
+
+  Selection Take() { return std::move(selection_); }
+
+ private:
+  Selection selection_;
+  const Formatter& formatter_;
+  Batches& batches_;
+  Output& output_;
+  std::string lines_;
+};
+
+// Prints the first entries, on which the columns are measured: few, which bounds memory and delay.
+void PrintFirst(Manifest& manifest, Selection& selection, Formatter& formatter, Output& output) {
+  constexpr std::size_t kMeasured = 1000;
+  std::vector<Entry> first;
+  for (Entry entry; first.size() < kMeasured && selection.Next(manifest, entry);) first.push_back(entry);
+  formatter.Align(first);
+  std::string lines;
+  for (const Entry& entry : first) formatter.Append(entry, lines);
+  output.Write(lines);
+}
+
 ExitStatus Run(const Options& options) {
-  return Lister(options).Run();
+  Selection selection(options.selection);
+  const BackupFolder folder(options.root);
+  const std::unique_ptr<Manifest> manifest = OpenManifest(folder);
+  Formatter formatter(folder, options.json);
+  Output output;
+  PrintFirst(*manifest, selection, formatter, output);
+
+  // Which paths a pattern is too costly for depends on the thread's stack and on the paths before.
+  const std::size_t jobs = options.selection.match ? 1 : options.jobs;
+  Batches batches(*manifest);
+  const auto make = [&] { return Worker(options.selection, formatter, batches, output); };
+  for (const Selection& part : batches.Share(jobs, make)) selection.Merge(part);
+  output.Flush();
+  return selection.ReportOmissions();
 }
 
 }  // namespace
@@ -146,5 +144,6 @@ void AddList(CLI::App& app, ExitStatus& status) {
   command->add_option("ROOT", options->root, "the backup's folder")->required();
   AddSelection(command, options->selection);
   command->add_flag("--json", options->json, "one JSON object a line");
+  AddJobs(command, options->jobs);
   command->callback([options, &status] { status = Run(*options); });
 }

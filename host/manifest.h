@@ -41,10 +41,11 @@ struct Entry {
   EntryKind kind = EntryKind::File;
   std::optional<std::uint64_t> size;
   std::optional<long> modified;  // seconds since 1970
+  std::string archive = {};      // what Manifest::Decode takes size and modified from
 
   // As a new entry, with the memory of the old texts.
   void Clear() {
-    for (std::string* const text : {&id, &domain, &path}) text->clear();
+    for (std::string* const text : {&id, &domain, &path, &archive}) text->clear();
     kind = EntryKind::File;
     size.reset();
     modified.reset();
@@ -67,8 +68,12 @@ class Manifest {
   };
 
   virtual ~Manifest() = default;
-  virtual Next Read(Entry& entry) = 0;
+  Next Read(Entry& entry) { return Decode(ReadRecord(entry), entry); }
   virtual Position Where() = 0;
+
+  // The two steps of Read. `next` is the result of the first; the second may run in several threads at once.
+  virtual Next ReadRecord(Entry& entry) = 0;
+  virtual Next Decode(Next next, Entry& /*entry*/) const { return next; }
 };
 
 // The manifest of `folder`. Throws Failure when it cannot be read.

@@ -23,6 +23,7 @@ constexpr char kLastRow[] = "SELECT max(rowid) FROM Files";
 enum Column : std::uint8_t { kId, kDomain, kPath, kFlags, kFile };
 
 constexpr std::size_t kLongestText = 65534;  // bytes, as in the record file of the other generation
+constexpr std::size_t kLargestCopy = 4096;   // bytes of an archive, usually a few hundred
 constexpr std::uint64_t kSmallestRow = 8;  // bytes: two of pointer, two of prefix, a header for five columns
 
 // Why the rows cannot be read, after the statement for them failed with `code`.
@@ -77,7 +78,7 @@ class DatabaseReader final : public Manifest {
     most_bytes_ = 2 * size;
   }
 
-  Next Read(Entry& entry) override {
+  Next ReadRecord(Entry& entry) override {
     entry.Clear();
     if (step_ == SQLITE_DONE) return Next::End;
     if (step_ != SQLITE_ROW || rows_read_ == most_rows_ || bytes_read_ > most_bytes_) {
@@ -89,6 +90,11 @@ class DatabaseReader final : public Manifest {
     const bool usable = ReadRow(entry);
     step_ = sqlite3_step(rows_.get());
     return usable ? Next::Entry : Next::Damaged;
+  }
+
+  Next Decode(Next next, Entry& entry) const override {
+    if (next != Next::Entry || entry.archive.empty()) return next;
+    return DecodeKeyedArchive(entry.archive.data(), entry.archive.size(), entry) ? next : Next::Damaged;
   }
 
   Position Where() override {
@@ -159,8 +165,11 @@ class DatabaseReader final : public Manifest {
     const auto [type, length] = values_[kFile];
     if (type == SQLITE_NULL) return true;
     if (type != SQLITE_BLOB) return false;
-    const void* const bytes = sqlite3_column_blob(rows_.get(), kFile);
-    return DecodeKeyedArchive(static_cast<const char*>(bytes), length, entry);
+    const auto* const bytes = static_cast<const char*>(sqlite3_column_blob(rows_.get(), kFile));
+    if (bytes == nullptr) return false;  // also when it is empty
+    if (length > kLargestCopy) return DecodeKeyedArchive(bytes, length, entry);
+    entry.archive.assign(bytes, length);
+    return true;
   }
 
   bool ReadRow(Entry& entry) {

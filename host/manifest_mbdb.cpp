@@ -1,8 +1,10 @@
 #include "manifest_mbdb.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <vector>
 
 #include "common/big_endian_bit_converter.h"
 #include "failure.h"
@@ -32,15 +34,15 @@ class RecordFile final : public Manifest {
   RecordFile(Stream stream, std::uint64_t size) : stream_(std::move(stream)), size_(size) {}
 
   bool ReadMagic() {
-    std::array<unsigned char, kMagic.size()> start{};
-    return ReadBytes(start.data(), start.size()) && start == kMagic;
+    const unsigned char* const start = Take(kMagic.size());
+    return start != nullptr && std::equal(kMagic.begin(), kMagic.end(), start);
   }
 
-  Next Read(Entry& entry) override {
+  Next ReadRecord(Entry& entry) override {
     entry.Clear();
     if (ended_ || AtEnd()) return Next::End;
     std::array<unsigned char, kFixedSize> fixed{};
-    if (!ReadRecord(entry, fixed)) {
+    if (!ReadParts(entry, fixed)) {
       ended_ = true;  // the start of the next record is unknown
       return Next::Truncated;
     }
@@ -61,50 +63,61 @@ class RecordFile final : public Manifest {
     return entry.domain.find('\0') == std::string::npos && entry.path.find('\0') == std::string::npos;
   }
 
-  bool AtEnd() {
-    const int next = std::getc(stream_.get());
-    if (next == EOF) return std::ferror(stream_.get()) == 0;  // the next read reports a read error
-    std::ungetc(next, stream_.get());
-    return false;
+  // False after a read error, which the next read reports.
+  bool AtEnd() { return !Has(1) && std::ferror(stream_.get()) == 0; }
+
+  // Whether the file has `count` more bytes; then they are in the block. REQUIRES: count <= kBlock.
+  bool Has(std::size_t count) {
+    if (end_ - at_ >= count) return true;
+    end_ = static_cast<std::size_t>(std::copy(&block_[at_], &block_[end_], &block_[0]) - &block_[0]);
+    at_ = 0;
+    end_ += std::fread(&block_[end_], 1, kBlock - end_, stream_.get());
+    return end_ >= count;
   }
 
-  bool ReadBytes(void* bytes, std::size_t count) {
-    if (std::fread(bytes, 1, count, stream_.get()) != count) return false;
+  // The next bytes of the file, valid until the next call; null when there are fewer.
+  const unsigned char* Take(std::size_t count) {
+    if (!Has(count)) return nullptr;
+    const unsigned char* const bytes = &block_[at_];
+    at_ += count;
     done_ += count;
+    return bytes;
+  }
+
+  // Reads a text into `text` unless that is null. A missing text is empty.
+  bool ReadText(std::string* text) {
+    const unsigned char* const prefix = Take(2);
+    if (prefix == nullptr) return false;
+    const std::uint16_t length = BigEndianBitConverter::ToUInt16(prefix, 0);
+    const unsigned char* const bytes = Take(length == kNoText ? 0 : length);
+    if (bytes == nullptr) return false;
+    if (text != nullptr && length != kNoText) text->assign(reinterpret_cast<const char*>(bytes), length);
     return true;
   }
 
-  // A missing text is empty.
-  bool ReadText(std::string& text) {
-    std::array<unsigned char, 2> prefix{};
-    text.clear();
-    if (!ReadBytes(prefix.data(), prefix.size())) return false;
-    const std::uint16_t length = BigEndianBitConverter::ToUInt16(prefix.data(), 0);
-    if (length == kNoText) return true;
-    text.resize(length);
-    if (ReadBytes(text.data(), length)) return true;
-    text.clear();
-    return false;
-  }
-
-  bool ReadRecord(Entry& entry, std::array<unsigned char, kFixedSize>& fixed) {
-    std::string& unused = scratch_;
-    if (!ReadText(entry.domain) || !ReadText(entry.path)) return false;
+  bool ReadParts(Entry& entry, std::array<unsigned char, kFixedSize>& fixed) {
+    if (!ReadText(&entry.domain) || !ReadText(&entry.path)) return false;
     for (int text = 0; text < 3; ++text) {  // link target, digest, key
-      if (!ReadText(unused)) return false;
+      if (!ReadText(nullptr)) return false;
     }
-    if (!ReadBytes(fixed.data(), fixed.size())) return false;
+    const unsigned char* const bytes = Take(kFixedSize);
+    if (bytes == nullptr) return false;
+    std::copy_n(bytes, kFixedSize, fixed.data());
     for (int text = 0; text < 2 * fixed[kPropertyCount]; ++text) {
-      if (!ReadText(unused)) return false;
+      if (!ReadText(nullptr)) return false;
     }
     return true;
   }
+
+  static constexpr std::size_t kBlock = 1 << 17;  // bytes; more than the longest text
 
   Stream stream_;
   std::uint64_t size_;
   std::uint64_t done_ = 0;
   bool ended_ = false;
-  std::string scratch_;
+  std::vector<unsigned char> block_ = std::vector<unsigned char>(kBlock);
+  std::size_t at_ = 0;  // what is between these was read and not taken
+  std::size_t end_ = 0;
 };
 
 }  // namespace

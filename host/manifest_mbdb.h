@@ -11,6 +11,6 @@
 // The length field of a missing text.
 inline constexpr std::uint16_t kNoText = 0xFFFF;
 
-// A reader of the records in `stream`, which holds `size` bytes; null without the magic number. Reads one
-// record at a time: memory is bounded by the longest text.
+// A reader of the records in `stream`, which holds `size` bytes; null without the magic number. Memory is
+// bounded by the longest text.
 std::unique_ptr<Manifest> ReadRecords(Stream stream, std::uint64_t size);

@@ -15,11 +15,10 @@ void Output::Write(std::string_view lines) {
 }
 
 void Output::Flush() {
-  const std::string block = std::move(pending_);
+  const std::size_t written = std::fwrite(pending_.data(), 1, pending_.size(), stdout);
+  const bool complete = written == pending_.size() && std::fflush(stdout) == 0;
   pending_.clear();
-  if (std::fwrite(block.data(), 1, block.size(), stdout) != block.size() || std::fflush(stdout) != 0) {
-    throw OutputFailure{errno};
-  }
+  if (!complete) throw OutputFailure{errno};
 }
 
 std::size_t TerminalWidth(int descriptor) {

@@ -29,22 +29,24 @@ bool Selection::Includes(const Entry& entry) {
   }
 }
 
+bool Selection::Includes(Manifest::Next next, const Entry& entry) {
+  if (next == Manifest::Next::Damaged) ++damaged_;
+  if (next == Manifest::Next::Truncated) truncated_ = true;
+  return next == Manifest::Next::Entry && Includes(entry);
+}
+
 bool Selection::Next(Manifest& manifest, Entry& entry) {
   for (;;) {
-    switch (manifest.Read(entry)) {
-      case Manifest::Next::Entry:
-        if (Includes(entry)) return true;
-        break;
-      case Manifest::Next::Damaged:
-        ++damaged_;
-        break;
-      case Manifest::Next::Truncated:
-        truncated_ = true;
-        break;
-      case Manifest::Next::End:
-        return false;
-    }
+    const Manifest::Next next = manifest.Read(entry);
+    if (next == Manifest::Next::End) return false;
+    if (Includes(next, entry)) return true;
   }
+}
+
+void Selection::Merge(const Selection& other) {
+  damaged_ += other.damaged_;
+  unmatched_ += other.unmatched_;
+  truncated_ |= other.truncated_;
 }
 
 ExitStatus Selection::ReportOmissions() const {

@@ -27,8 +27,14 @@ class Selection {
   // A path that the pattern is too costly for is omitted.
   bool Includes(const Entry& entry);
 
-  // Reads the next entry that is included; false at the end. Damaged records are omitted.
+  // Whether a record, read with the result `next`, is an entry that is included. Damaged records are omitted.
+  bool Includes(Manifest::Next next, const Entry& entry);
+
+  // Reads the next entry that is included; false at the end.
   bool Next(Manifest& manifest, Entry& entry);
+
+  // Adds what `other` omitted.
+  void Merge(const Selection& other);
 
   // Prints one line on standard error when anything was omitted, which is a problem.
   ExitStatus ReportOmissions() const;

@@ -1,4 +1,4 @@
-// hostutil inspect on several threads, and on files that cannot be read.
+// hostutil inspect and list on several threads, and inspect on files that cannot be read.
 
 #include "support/program.h"
 
@@ -21,15 +21,18 @@ void Damage(const SampleBackup& backup, const std::string& layout) {
   }
 }
 
-TEST(Inspect, ReportsTheSameWithAnyNumberOfThreads) {
+TEST(Jobs, DoNotChangeAReportOrAList) {
   for (const std::string& layout : kLayouts) {
-    const SampleBackup backup(layout, 1000);  // some twenty batches of records
+    const SampleBackup backup(layout, 2000);  // some ten batches of records
     Damage(backup, layout);
     const Json expected = WithoutTime(backup.Run("hostutil inspect . --json --jobs 1"));
+    const std::string listed = backup.Run("hostutil list . --jobs 1").out;
+    EXPECT_GT(std::count(listed.begin(), listed.end(), '\n'), 1500) << "one thread lists the first 1000";
     EXPECT_GT(expected["problems"].size(), 100U);
     EXPECT_GT(expected["months"].size(), 1U);
     for (const std::string jobs : {"", "--jobs 2", "--jobs 2", "--jobs 3", "--jobs 16", "--jobs 256"}) {
       EXPECT_EQ(WithoutTime(backup.Look("hostutil inspect . --json " + jobs)), expected) << layout << jobs;
+      EXPECT_EQ(backup.Run("hostutil list . " + jobs).out, listed) << layout << jobs;
     }
   }
 }
