@@ -37,7 +37,7 @@ class Text {
   explicit Text(const Screen& screen) : screen_(screen) {}
 
   void Line(std::string_view text) {
-    lines_ += TerminalText::ElidedEnd(text, screen_.width);
+    lines_ += TerminalText::ElidedEnd(std::string(text), screen_.width);
     lines_ += '\n';
   }
   void StyledLine(const std::string& text) { lines_ += text + '\n'; }

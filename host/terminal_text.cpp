@@ -96,18 +96,20 @@ std::size_t TerminalText::Width(std::string_view text) {
   return width;
 }
 
-std::string TerminalText::ElidedEnd(std::string_view text, std::size_t width) {
-  if (width == 0 || Width(text) <= width) return std::string(text);
-  return std::string(text.substr(0, OffsetOf(text, width - 1))).append(kEllipsis);
+std::string TerminalText::ElidedEnd(std::string text, std::size_t width) {
+  if (width == 0 || Width(text) <= width) return text;
+  text.resize(OffsetOf(text, width - 1));
+  return text.append(kEllipsis);
 }
 
-std::string TerminalText::ElidedMiddle(std::string_view text, std::size_t width) {
+std::string TerminalText::ElidedMiddle(std::string text, std::size_t width) {
+  if (width == 0) return text;
   const std::size_t whole = Width(text);
-  if (width == 0 || whole <= width) return std::string(text);
+  if (whole <= width) return text;
   const std::size_t tail = (width - 1) / 2;
   const std::size_t head = width - 1 - tail;
-  std::string elided(text.substr(0, OffsetOf(text, head)));
-  return elided.append(kEllipsis).append(text.substr(OffsetOf(text, whole - tail)));
+  const std::size_t cut = OffsetOf(text, head);
+  return text.replace(cut, OffsetOf(text, whole - tail) - cut, kEllipsis);
 }
 
 std::string TerminalText::PaddedRight(std::string_view text, std::size_t width) {
