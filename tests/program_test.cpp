@@ -268,7 +268,7 @@ TEST(Program, RefusesBadUsage) {
                                           {"inspect 'no\n'", "no\\\\n: No such file"}})
     EXPECT_THAT(backup.Look(std::string("hostutil ") + arguments), IsFailure(reason));
   for (const std::string arguments :
-       {"", "nothing", "inspect", "inspect ''", "inspect . --nothing", "inspect . second",
+       {"", "--", "nothing", "inspect", "inspect ''", "inspect . --nothing", "inspect . second",
         "inspect . --jobs 0", "inspect . --jobs 257", "inspect . --jobs x", "list . --match '('",
         "locate . d", "locate '' d p", "locate . d p --layout round", "sample .",
         "locate Info.plist d p --create", "sample new --files -1", "sample no/parent"}) {
@@ -289,7 +289,10 @@ TEST(Program, HelpListsEveryCommandAndTheOptionsOfEach) {
                              "Example:\n  \\$ hostutil " +
                              name + " .*\n"));
   }
-  for (const auto& [name, hint] : {std::pair("inspct", "; did you mean 'inspect'?"), {"frobnicate", ";"}})
+  for (const auto& [name, hint] : {std::pair("inspct", "; did you mean 'inspect'?"),
+                                   {"locote", "; did you mean 'locate'?"},
+                                   {"samplers", "; did you mean 'sample'?"},
+                                   {"l\xC3\xAF", ";"}})
     EXPECT_EQ(backup.Run(std::string("hostutil ") + name).err,
               std::string("hostutil: no command '") + name + '\'' + hint + " hostutil --help lists them\n");
 }
