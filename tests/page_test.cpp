@@ -112,6 +112,8 @@ TEST(Page, IsWrittenAsAWholeOrNotAtAll) {
     EXPECT_THAT(backup.Run("cd ../to; stat -c %a " + file + "; head -1 " + file).out,
                 "640\n<!DOCTYPE html>\n");
   }
+  // The only folder that has to be writable.
+  EXPECT_EQ(backup.Run("chmod 555 ..; plain inspect . --html ../to/old >/dev/null; chmod 755 ..").err, "");
   EXPECT_EQ(backup.Run("ls -A ../to | wc -l").out, "5\n");
 }
 

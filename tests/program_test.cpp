@@ -49,7 +49,7 @@ TEST(Program, InspectsASampleOfEitherGeneration) {
     const std::string manifest = "cat Manifest.[dm]*";
     EXPECT_EQ(SampleBackup(layout).Run(manifest).out, backup.Run(manifest).out);
     EXPECT_THAT(backup.Run(find + "rm {} +; hostutil inspect .").out,
-                MatchesRegex("40 problems\n  missing: 40\n.*\n  and 20 more.*"));
+                MatchesRegex("40 problems\n  missing: 40\n(    [^\n]*\n){20}  and 20 more.*"));
   }
 }
 
@@ -321,6 +321,7 @@ TEST(Program, ShowsProgressOnATerminalOnlyAndFitsTheReportIntoIt) {
   const std::string shown = report.Read();
   for (const std::string line :
        {"    15fc2ced247331a73b58c5483ca9ffd310c3271d  Hom…\r\n", "Present           59 (31 KiB)\r\n",
+        "Months covered    2023-01-01 to 2023-03-31\r\n",
         "  HomeDomain                  16 files     8.4 KiB\r\n",
         "  AppDomain-c…mple.notes       9 files     5.1 KiB\r\n", "  txt                         23\r\n"})
     EXPECT_THAT(shown, HasSubstr("\n" + line));
