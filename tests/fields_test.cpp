@@ -24,7 +24,7 @@ TEST(IsNotPhoneNumberChar, KnowsFifteenCharacters) {
 }
 
 TEST(ColorHexToRGB, ReadsPairs) {
-  for (const char* const code : {"#1+80 2", "1+80 2"}) {
+  for (const char* const code : {"#018002", "1+80 2"}) {
     const RgbColor color = Utils::ColorHexToRGB(code);
     EXPECT_EQ(std::tuple(color.red, color.green, color.blue), std::tuple(1, 128, 2)) << code;
   }

@@ -34,6 +34,9 @@ TEST(Jobs, DoNotChangeAReportOrAList) {
       EXPECT_EQ(WithoutTime(backup.Look("hostutil inspect . --json " + jobs)), expected) << layout << jobs;
       EXPECT_EQ(backup.Run("hostutil list . " + jobs).out, listed) << layout << jobs;
     }
+    // The reader goes while all threads are at work: none waits for its turn forever.
+    const std::string line = "{ hostutil list . --json --jobs 16; echo $? >&2; } | head -c 300000 >/dev/null";
+    EXPECT_EQ(backup.Run("trap '' PIPE; " + line).err, "2\n");
   }
 }
 
