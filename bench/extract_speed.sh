@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# Times `hostutil extract` beside `cp -r` of the same backup: 100,000 small files, and 2 GiB in sixteen large
+# Times `hostutil extract` and `cp -r` of the same backup: 100,000 small files, and 2 GiB in sixteen large
 # ones. After scripts/bench:
 #
 #   bench/extract_speed.sh build/bench/bin [FOLDER]       # FOLDER: on the file system to measure
 #
 # The two take turns in five rounds after one that is not counted. The last copy is removed before each. The
-# ratio is the ranked of the rounds' ratios.
+# times and the ratio are medians over the rounds; in brackets the least and the greatest ratio.
 set -euo pipefail
 
 bin=$(realpath "${1:?usage: extract_speed.sh BIN_FOLDER [FOLDER]}")

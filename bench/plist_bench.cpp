@@ -17,14 +17,6 @@ namespace {
 
 using Libplist::Node;
 
-std::string Encoded(const Node& node, bool binary) {
-  char* bytes = nullptr;
-  std::uint32_t length = 0;
-  binary ? plist_to_bin(node.get(), &bytes, &length) : plist_to_xml(node.get(), &bytes, &length);
-  const Libplist::Text owner(bytes);
-  return {bytes, length};
-}
-
 // An array of dictionaries of texts, numbers, a flag and some data.
 Node SampleTree(std::size_t entries) {
   Node root(plist_new_array());
@@ -43,8 +35,9 @@ Node SampleTree(std::size_t entries) {
 }
 
 std::string SampleList(std::size_t size, bool binary) {
-  const std::size_t per_entry = Encoded(SampleTree(1000), binary).size() / 1000;
-  return Encoded(SampleTree(size / per_entry), binary);
+  const auto encode = binary ? plist_to_bin : plist_to_xml;
+  const std::size_t per_entry = Libplist::Encoded(SampleTree(1000).get(), encode).size() / 1000;
+  return Libplist::Encoded(SampleTree(size / per_entry).get(), encode);
 }
 
 std::string WrittenFile(const std::string& contents) {
@@ -163,7 +156,7 @@ void BenchHelpers() {
       "PrintPlist/10 dictionaries", [] { return PlistUtil::PrintPlist(tree.get()), 0; },
       [] {
         std::puts(".................PrintPlist BEGIN.................");
-        std::cout << Encoded(tree, false) << std::endl;
+        std::cout << Libplist::Encoded(tree.get()) << std::endl;
         std::puts(".................PrintPlist END.................");
         return 0;
       });

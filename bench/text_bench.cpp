@@ -46,7 +46,7 @@ void BenchMemMems() {
   BenchMemMem("aaab", aaab(kMiB), aaab(16));
   // Patterns that nearly match everywhere, the difference at an end or in the middle.
   BenchMemMem("b in the middle", Repeated("aaaaaaaacaaaaaaab", kMiB), "aaaaaaaabaaaaaaa");
-  BenchMemMem("b in front", std::string(kMiB, 'a'), 'b' + std::string(63, 'a'));
+  BenchMemMem("b first", std::string(kMiB, 'a'), 'b' + std::string(63, 'a'));
   BenchMemMem("period of 2", Repeated("ab", kMiB), Repeated("ab", 62) + "bb");
 }
 

@@ -42,12 +42,7 @@ std::size_t DepthOf(plist_t node) {
 }
 
 std::string Xml(const Node& root) {
-  if (root == nullptr) return "null";
-  char* xml = nullptr;
-  std::uint32_t length = 0;
-  plist_to_xml(root.get(), &xml, &length);
-  const Libplist::Text owner(xml);
-  return xml == nullptr ? "no XML form" : std::string(xml, length);
+  return root != nullptr ? Libplist::Encoded(root.get()) : "null";
 }
 
 Node ParseXml(const char* bytes, std::size_t size) {

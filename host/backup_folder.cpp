@@ -22,7 +22,7 @@ BackupFolder::BackupFolder(const std::string& root)
   if (directory_ == nullptr) throw Failure(root + ": " + std::strerror(errno));
   two_level_ = FindManifest("Manifest.db");
   if (!two_level_ && !FindManifest("Manifest.mbdb")) {
-    throw Failure(root_ + ": holds no backup, neither Manifest.db nor Manifest.mbdb exists");
+    throw Failure(root + ": is not a backup: it has neither Manifest.db nor Manifest.mbdb");
   }
 }
 

@@ -61,8 +61,8 @@ class Batches {
   }
 
  private:
-  // Measured on two cores: with 64 records, which `list` uses in 30 microseconds, waking the other thread
-  // takes it half as long again; `inspect` takes the same time from 8 to 512.
+  // Measured on two cores: `list` uses 64 records in 30 microseconds, then spends half as much again on
+  // waking the other thread; `inspect` is as fast with 8 as with 512.
   static constexpr std::size_t kBatch = 256;
 
   template <typename Make>

@@ -136,7 +136,6 @@ class Checker {
     if (month.size() <= kAfterMonth) return;
     month.resize(month.size() - kAfterMonth);
     ++report_.months[month];
-    report_.CoverTime(modified);
   }
 
   void AddProblem(ProblemKind kind, const std::string& id, const Record& record) {

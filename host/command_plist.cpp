@@ -35,19 +35,10 @@ std::string WhyUnreadable(const std::string& file) {
   return "is not a property list";
 }
 
-// Empty when libplist cannot write the list.
-std::string AsXml(plist_t node) {
-  char* text = nullptr;
-  std::uint32_t length = 0;
-  plist_to_xml(node, &text, &length);
-  const Libplist::Text xml(text);
-  return xml == nullptr ? std::string() : std::string(xml.get(), length);
-}
-
 // The text between the tags of a leaf's XML, without white space; empty for <date/>. In every release of
 // libplist only the XML has dates more than 68 years from 2001, the sign of an integer, and data as base64.
 std::string XmlContents(plist_t leaf) {
-  const std::string xml = AsXml(leaf);
+  const std::string xml = Libplist::Encoded(leaf);
   const std::size_t root = xml.find("<plist");
   if (root == std::string::npos) return "";
   const std::size_t start = xml.find('>', xml.find('<', root + 1)) + 1;
@@ -153,7 +144,7 @@ ExitStatus Run(const Options& options) {
   if (options.json) {
     output.Write(AsJson(plist.get()).dump(-1, ' ', true, Json::error_handler_t::replace) + '\n');
   } else {
-    const std::string xml = AsXml(plist.get());
+    const std::string xml = Libplist::Encoded(plist.get());
     if (xml.empty()) throw Failure(options.file + ": cannot be written as XML");
     output.Write(TerminalWidth(STDOUT_FILENO) != 0 ? EscapedLines(xml) : xml);
   }

@@ -36,13 +36,6 @@ void WriteFile(const std::string& path, const std::string& bytes) {
   if (!written || std::fclose(stream.release()) != 0) throw Failure(path + ": " + std::strerror(errno));
 }
 
-std::string XmlPlist(plist_t node) {
-  char* text = nullptr;
-  std::uint32_t length = 0;
-  plist_to_xml(node, &text, &length);
-  return AdoptText(text);
-}
-
 // The settings of a made-up application.
 std::string Settings(std::size_t number, bool binary) {
   const Plist settings(plist_new_dict());
@@ -55,7 +48,7 @@ std::string Settings(std::size_t number, bool binary) {
     PlistUtil::AppendPlistArrayString(recent, fmt::format("Documents/note-{}.txt", index).c_str());
   }
   plist_dict_set_item(settings.get(), "Recent", recent);
-  return binary ? BinaryPlist(settings.get()) : XmlPlist(settings.get());
+  return Libplist::Encoded(settings.get(), binary ? plist_to_bin : plist_to_xml);
 }
 
 // Deterministic pseudo-random contents of a binary file.
@@ -129,7 +122,7 @@ class Sample {
     PlistUtil::InsertPlistDictString(info.get(), "Serial Number", "SAMPLE000001");
     constexpr long kLastBackup = 1'699'963'200;  // 2023-11-14 12:00:00 UTC
     plist_dict_set_item(info.get(), "Last Backup Date", Libplist::NewDate(kLastBackup));
-    WriteFile(AdoptText(Utils::ConcatFilePath(root_.c_str(), "Info.plist")), XmlPlist(info.get()));
+    WriteFile(AdoptText(Utils::ConcatFilePath(root_.c_str(), "Info.plist")), Libplist::Encoded(info.get()));
   }
 
   void AddEntry(Entry entry, const std::string& target) {

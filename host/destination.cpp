@@ -135,9 +135,9 @@ class DestinationFolder final : public Destination {
 namespace {
 
 // A destination of which only the names exist.
-class Rehearsal final : public Destination {
+class DryRunDestination final : public Destination {
  public:
-  explicit Rehearsal(std::size_t longest_name) : longest_name_(longest_name) {}
+  explicit DryRunDestination(std::size_t longest_name) : longest_name_(longest_name) {}
 
   Result MakeFolder(const std::string& name) override { return Make(name, false); }
   Result MakeFile(const std::string& name, NewFile& /*file*/) override { return Make(name, true); }
@@ -193,8 +193,7 @@ void NewFile::Finish() {
   name_.clear();
 }
 
-std::unique_ptr<Destination> OpenDestination(const std::string& path, const std::string& root,
-                                             bool rehearsal) {
+std::unique_ptr<Destination> OpenDestination(const std::string& path, const std::string& root, bool dry_run) {
   std::string folder = WithSeparator(path);
   while (folder.size() > 1 && folder.back() == '/') folder.pop_back();
   struct stat status {};
@@ -208,10 +207,10 @@ std::unique_ptr<Destination> OpenDestination(const std::string& path, const std:
     throw Failure(path + ": " + (error ? error.message() : "is not empty"));
   }
   if (::access(existing.c_str(), W_OK | X_OK) != 0) FailWithError(path);
-  if (rehearsal) {
+  if (dry_run) {
     constexpr long kUsual = 255;
     const long longest = ::pathconf(existing.c_str(), _PC_NAME_MAX);
-    return std::make_unique<Rehearsal>(static_cast<std::size_t>(longest > 0 ? longest : kUsual));
+    return std::make_unique<DryRunDestination>(static_cast<std::size_t>(longest > 0 ? longest : kUsual));
   }
   if (!exists && ::mkdir(folder.c_str(), 0777) != 0) FailWithError(path);
   Descriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | (exists ? 0 : O_NOFOLLOW)));

@@ -16,7 +16,7 @@
 #include "descriptor.h"
 
 // A file being written; removed by the destructor unless it was finished. The functions throw Failure when
-// the system fails. REQUIRES: ends before the destination is used again.
+// the system fails. REQUIRES: destroyed before the next call of the destination.
 class NewFile {
  public:
   NewFile() = default;
@@ -55,10 +55,9 @@ class Destination {
   virtual Result MakeFile(const std::string& name, NewFile& file) = 0;
 };
 
-// Opens `path`, a new folder or an empty one outside the folder `root`. Throws Failure for any other. A
-// rehearsal makes nothing, and gives the results that making would.
-std::unique_ptr<Destination> OpenDestination(const std::string& path, const std::string& root,
-                                             bool rehearsal);
+// Opens `path`, a new folder or an empty one outside the folder `root`. Throws Failure for any other.
+// With `dry_run`, writes nothing and returns what writing would.
+std::unique_ptr<Destination> OpenDestination(const std::string& path, const std::string& root, bool dry_run);
 
 // "DOMAIN/PATH"; only the domain for an empty path. None unless the domain is one name, the path's parts are
 // names, and none is "." or "..".

@@ -10,7 +10,7 @@ namespace {
 
 using BinaryPlist::Object;
 
-constexpr std::size_t kLargest = 1 << 20;
+constexpr std::size_t kLargest = 1 << 20;  // bytes; an archive has a few hundred
 
 // The dictionary that the archive's root refers to.
 bool FindRootObject(const BinaryPlist::Reader& reader, Object& file) {

@@ -43,7 +43,7 @@ ExitStatus Print(const std::string& text) {
 
 // An unknown command, before CLI11 reports it as an unexpected argument.
 void CheckCommand(const CLI::App& app, int argc, const char* const* argv) {
-  if (argc < 2) throw Failure("a command is required; hostutil --help lists them");
+  if (argc < 2) throw Failure("a command is required; hostutil --help lists the commands");
   const std::string name = argv[1];
   if (!name.empty() && name.front() == '-') return;
   const auto commands =
@@ -51,7 +51,7 @@ void CheckCommand(const CLI::App& app, int argc, const char* const* argv) {
   if (!commands.empty()) return;
   const std::string nearest = NearestCommand(app, name);
   const std::string suggestion = nearest.empty() ? "" : "did you mean '" + nearest + "'? ";
-  throw Failure("no command '" + name + "'; " + suggestion + "hostutil --help lists them");
+  throw Failure("no command '" + name + "'; " + suggestion + "hostutil --help lists the commands");
 }
 
 ExitStatus Run(int argc, const char* const* argv) {
@@ -77,7 +77,9 @@ ExitStatus Run(int argc, const char* const* argv) {
   } catch (const CLI::CallForVersion& version) {
     return Print(std::string(version.what()) + '\n');
   } catch (const CLI::ParseError& error) {
-    throw Failure(std::string(error.what()) + "; hostutil --help shows the usage");
+    const auto commands = app.get_subcommands();
+    const std::string name = commands.empty() ? "" : commands.front()->get_name() + ' ';
+    throw Failure(std::string(error.what()) + "; hostutil " + name + "--help shows the usage");
   }
   return status;
 }
@@ -102,7 +104,7 @@ int main(int argc, char** argv) {
   OccupyStandardStreams();
   // With TZ unset, localtime checks /etc/localtime on every call; naming the file avoids that.
   ::setenv("TZ", ":/etc/localtime", 0);
-  ::signal(SIGXFSZ, SIG_IGN);  // to exceed a limit on file size is an error of the write, as a full disk is
+  ::signal(SIGXFSZ, SIG_IGN);  // exceeding a file-size limit then fails the write, as a full disk does
   FLAGS_minloglevel = google::NUM_SEVERITIES;  // the library's log lines would reach standard error
   ExitStatus status = ExitStatus::Failed;
   try {

@@ -34,7 +34,7 @@ std::string Reason(sqlite3* database, int code) {
     case SQLITE_LOCKED:
       return "is locked by another program";
     case SQLITE_NOTADB:
-      return "is no database";
+      return "is not an SQLite database";
     case SQLITE_CORRUPT:
     case SQLITE_INTERRUPT:
       return "is a damaged database";
@@ -122,7 +122,7 @@ class DatabaseReader final : public Manifest {
     int code = SQLITE_OK;
     while ((code = sqlite3_step(columns.get())) == SQLITE_ROW) {
       if (sqlite3_column_int(columns.get(), kHidden) == 0) continue;
-      throw Failure(path_ + ": has a computed column in its table Files");
+      throw Failure(path_ + ": has a generated column in its table Files, which is not supported");
     }
     if (code != SQLITE_DONE) Fail(code);
   }

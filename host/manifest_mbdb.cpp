@@ -132,6 +132,6 @@ std::unique_ptr<Manifest> OpenManifestMbdb(const std::string& path) {
   Stream stream(std::fopen(path.c_str(), "rb"));
   if (stream == nullptr) throw Failure(path + ": " + std::strerror(errno));
   std::unique_ptr<Manifest> records = ReadRecords(std::move(stream), StatusOf(path).size);
-  if (records == nullptr) throw Failure(path + ": is not a record file");
+  if (records == nullptr) throw Failure(path + ": is damaged or of an unknown version");
   return records;
 }

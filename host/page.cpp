@@ -86,9 +86,7 @@ void AddBackup(const Report& report, std::string& page) {
   for (const auto& [key, value] : report.device) page += Field(key, value);
   page += Field("Folder", report.root);
   page += Field("Layout", report.two_level ? "two-level" : "flat");
-  if (!report.months.empty()) {
-    page += Field("Months covered", report.months.begin()->first + " to " + report.months.rbegin()->first);
-  }
+  if (!report.months.empty()) page += Field("Months covered", MonthsCovered(report));
   page += "</dl>\n</section>\n";
 }
 

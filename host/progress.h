@@ -3,8 +3,8 @@
 //   Progress progress;
 //   progress.Advance(*manifest);     // for every entry; reads the clock every 16th time
 //
-// The destructor clears the line, and so does a signal that ends the process. During an Interruption that is
-// the destructor's work alone.
+// The destructor clears the line, and so does a signal that ends the process. While an Interruption exists,
+// only the destructor does.
 
 #pragma once
 

@@ -137,9 +137,8 @@ void Problems::Merge(Problems&& other) {
                      [](const Problem& a, const Problem& b) { return a.record < b.record; });
 }
 
-void Report::CoverTime(long time) {
-  if (!modified) modified = {time, time};
-  modified = {std::min(modified->first, time), std::max(modified->second, time)};
+std::string MonthsCovered(const Report& report) {
+  return report.months.begin()->first + " to " + report.months.rbegin()->first;
 }
 
 void Report::Merge(Report&& other) {
@@ -153,10 +152,6 @@ void Report::Merge(Report&& other) {
   }
   for (const auto& [name, count] : other.extensions) extensions[name] += count;
   for (const auto& [name, count] : other.months) months[name] += count;
-  if (other.modified) {
-    CoverTime(other.modified->first);
-    CoverTime(other.modified->second);
-  }
   truncated |= other.truncated;
   problems.Merge(std::move(other.problems));
 }
@@ -215,10 +210,7 @@ std::string ReportAsText(const Report& report, const Screen& screen) {
   text.Field("Folder", report.root);
   text.Field("Layout", LayoutOf(report));
   for (const auto& [key, value] : report.device) text.Field(key, value);
-  if (report.modified) {
-    text.Field("Months covered", fmt::format("{} to {}", Utils::MonthRange(report.modified->first).first,
-                                             Utils::MonthRange(report.modified->second).second));
-  }
+  if (!report.months.empty()) text.Field("Months covered", MonthsCovered(report));
   text.Field("Time taken", report.elapsed);
 
   text.Heading("Files");

@@ -25,7 +25,8 @@ enum class ProblemKind {
   Conflict
 };
 
-// What a kind is called, and whether and as what it counts among the files; empty where it does not.
+// A kind's name, and the labels of its count in the text and in the JSON; no count is shown for an empty
+// label.
 struct ProblemKindNames {
   ProblemKind kind;
   std::string_view name;
@@ -98,18 +99,17 @@ struct Report {
   std::map<std::string, DomainTotal> domains;
   std::map<std::string, std::uint64_t> extensions;
   std::map<std::string, std::uint64_t> months;
-  std::optional<std::pair<long, long>> modified;  // the earliest and the latest
 
   Problems problems;
   bool truncated = false;  // the manifest after the last damaged record is unread
   std::string elapsed;
 
-  // Extends `modified` to `time`.
-  void CoverTime(long time);
-
   // Adds what `other` found in other records of the same manifest.
   void Merge(Report&& other);
 };
+
+// "2023-01 to 2023-07". REQUIRES: the report has months.
+std::string MonthsCovered(const Report& report);
 
 // One JSON object on one line, in ASCII.
 std::string ReportAsJson(const Report& report);

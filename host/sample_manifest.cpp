@@ -42,7 +42,7 @@ std::string KeyedArchive(const Entry& entry) {
   PlistUtil::InsertPlistDictString(archive.get(), "$archiver", "NSKeyedArchiver");
   plist_dict_set_item(archive.get(), "$top", top);
   plist_dict_set_item(archive.get(), "$objects", objects);
-  return BinaryPlist(archive.get());
+  return Libplist::Encoded(archive.get(), plist_to_bin);
 }
 
 class DatabaseWriter final : public ManifestWriter {
@@ -155,13 +155,4 @@ std::unique_ptr<ManifestWriter> WriteManifestDb(const std::string& root) {
 
 std::unique_ptr<ManifestWriter> WriteManifestMbdb(const std::string& root) {
   return std::make_unique<RecordWriter>(AdoptText(Utils::ConcatFilePath(root.c_str(), "Manifest.mbdb")));
-}
-
-std::string BinaryPlist(plist_t node) {
-  char* bytes = nullptr;
-  std::uint32_t length = 0;
-  plist_to_bin(node, &bytes, &length);
-  const Block block(bytes);
-  if (block == nullptr) throw std::bad_alloc();
-  return std::string(block.get(), length);
 }

@@ -20,6 +20,3 @@ class ManifestWriter {
 // A new manifest in the folder `root`, which ends with "/".
 std::unique_ptr<ManifestWriter> WriteManifestDb(const std::string& root);
 std::unique_ptr<ManifestWriter> WriteManifestMbdb(const std::string& root);
-
-// The bytes of a node in the binary encoding.
-std::string BinaryPlist(plist_t node);

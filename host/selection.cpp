@@ -14,7 +14,10 @@ Selection::Selection(const SelectionOptions& options) : options_(options) {
   try {
     pattern_.emplace(*options.match);
   } catch (const std::regex_error& error) {
-    throw Failure(fmt::format("--match {}: {}", *options.match, error.what()));
+    using namespace std::regex_constants;
+    const bool too_large = error.code() == error_space || error.code() == error_stack;
+    throw Failure(fmt::format("--match {}: {}", *options.match,
+                              too_large ? "the expression is too large" : error.what()));
   }
 }
 
@@ -52,7 +55,9 @@ void Selection::Merge(const Selection& other) {
 ExitStatus Selection::ReportOmissions() const {
   std::vector<std::string> omissions;
   if (damaged_ != 0) omissions.push_back("left out " + TerminalText::Counted(damaged_, "damaged record"));
-  if (unmatched_ != 0) omissions.push_back("could not match " + TerminalText::Counted(unmatched_, "path"));
+  if (unmatched_ != 0)
+    omissions.push_back("left out " + TerminalText::Counted(unmatched_, "path") +
+                        " that --match takes too long for");
   if (truncated_) omissions.emplace_back("could not read the rest of the manifest");
   if (omissions.empty()) return ExitStatus::Fine;
   std::fputs(fmt::format("hostutil: {}\n", fmt::join(omissions, ", ")).c_str(), stderr);

@@ -11,6 +11,7 @@
 // Failure when the database cannot be opened.
 Database OpenUntrustedDatabase(const std::string& path, const char* table);
 
-// While on, a statement is interrupted when it takes far more work than reading a schema or seeking the last
-// row. Page cycles can make a scan endless.
+// While on, SQLite interrupts a statement that does far more work than reading a schema or seeking the last
+// row, which a malicious file (a cycle of pages) can make endless. Off during the scan, which the caller
+// bounds by rows and bytes.
 void LimitWork(sqlite3* database, bool on);

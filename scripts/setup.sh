@@ -17,7 +17,7 @@ debian_packages() {
   case $1 in
     build) echo g++ make cmake ninja-build pkg-config libplist-dev libgoogle-glog-dev libsqlite3-dev \
                 nettle-dev uuid-dev libcli11-dev nlohmann-json3-dev libfmt-dev help2man ;;
-    test) echo libgtest-dev libgmock-dev ;;
+    test) echo libgtest-dev libgmock-dev locales ;;
     check) echo git clang-format-14 clang-tidy-14 clang-14 ;;
     bench) echo libbenchmark-dev libabsl-dev gnuplot-nox python3 ;;
     fuzz) echo clang-14 libclang-rt-14-dev ;;

@@ -15,8 +15,8 @@ Entry Folder(const std::string& domain, const std::string& path) {
   return EntryOf(domain, path, EntryKind::Directory);
 }
 
-// Extracts to the folder dest beside the backup. The status, how many files, folders and links, and then each
-// problem.
+// Extracts to the folder dest next to the backup. The status, how many files, folders and links, and then
+// each problem.
 std::string Extract(const SampleBackup& backup, const std::string& arguments = "") {
   const auto [status, out, err] = backup.Look("hostutil extract . ../dest --json " + arguments);
   if (status == 2) return err;
@@ -67,7 +67,7 @@ TEST(Extract, CopiesWhatWasSelected) {
               MatchesRegex("No problems\n\nWould be extracted\nFrom  .*Files  .*40 \\(15 KiB\\)\n(.*\n)*"));
   EXPECT_THAT(backup.Look("hostutil extract . ../new --match '('"), IsFailure("--match \\(: "));
   EXPECT_EQ(Extract(SampleBackup("flat", 1), "--domain HomeDomain --match '(.*)*\\1x'"),
-            "hostutil: could not match 3 paths\n1 0 0 0");
+            "hostutil: left out 3 paths that --match takes too long for\n1 0 0 0");
 }
 
 TEST(Extract, KeepsToTheDestinationWhateverTheNames) {
@@ -198,7 +198,7 @@ TEST(Encryption, IsNamedWhereItPreventsReading) {
   const std::string list = "<plist><dict><key>IsEncrypted</key>";
   const std::string encrypted = "hostutil: .: the backup is encrypted\n";
   for (const std::string& layout : kLayouts) {
-    // Not encrypted; not a boolean; damaged; behind a link; encrypted.
+    // Not encrypted; not a boolean; damaged; a link; encrypted.
     for (const auto& [value, line, expected] :
          {std::tuple("<false/></dict></plist>", "", ""),
           {"<integer>1</integer></dict></plist>", "", ""},

@@ -52,7 +52,7 @@ TEST(Services, MayThrowInEveryFunction) {
       EXPECT_EQ(descriptors(), open) << each.name;
     }
   }
-  EXPECT_EQ(thrown, 16);
+  EXPECT_EQ(thrown, 16);  // each service call of every row, once
 }
 
 TEST(FileService, MeasuresReadableRegularFilesOnly) {

@@ -87,7 +87,7 @@ void MatchHostilePatterns() {
   EXPECT_EQ(OutcomeOf(a50k, "(?=.*a)(?:(?!foo).)*"), kYes);
   const auto is_limit = [](int outcome) { return outcome == error_stack || outcome == error_complexity; };
   EXPECT_TRUE(is_limit(OutcomeOf(a50k, "(.*)\\1b")));
-  // A reference to a group that took no part, behind 2^40 ways to get there.
+  // A reference to a group that took no part, after 2^40 ways to get there.
   EXPECT_EQ(OutcomeOf("a", "(b)?" + Times(40, "(?:|)") + "\\1x"), error_complexity);
   // Each look-ahead reads to the end.
   EXPECT_EQ(OutcomeOf(a50k, "(?:(?=.*a).)*"), error_complexity);

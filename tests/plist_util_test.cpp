@@ -25,8 +25,8 @@ const Node kSample = [] {
   plist_dict_set_item(dict.get(), "count", plist_new_uint(1ULL << 40));
   return dict;
 }();
-const std::string kXml = Encoded(kSample.get());
-const std::string kBinary = Encoded(kSample.get(), &plist_to_bin);
+const std::string kXml = Libplist::Encoded(kSample.get());
+const std::string kBinary = Libplist::Encoded(kSample.get(), &plist_to_bin);
 
 // What an open of the file finds; nothing: it fails.
 using Contents = std::optional<std::string>;
@@ -76,7 +76,7 @@ TEST(ReadPlist, ReadsTheFirstOpenAndLetsTheSecondDecideTheEncoding) {
     const Node root(PlistUtil::ReadPlist("/a b"));
     EXPECT_EQ(file.calls, "size of /a b\n" + Times(opens, "open /a b, rb\n"));
     EXPECT_EQ(in_place.AccessorCalls(), static_cast<int>(1 + opens));
-    EXPECT_EQ(Encoded(root.get()), gives_tree ? kXml : "");
+    EXPECT_EQ(Libplist::Encoded(root.get()), gives_tree ? kXml : "");
   }
   EXPECT_EQ(PlistUtil::ReadPlist(nullptr), nullptr);
 }
@@ -118,7 +118,7 @@ TEST(StringNodes, ReplaceMissingAndEmptyValues) {
 
 TEST(Copies, ReplaceNull) {
   for (const auto copy : {&PlistUtil::PlistCopyZero, &PlistUtil::PlistCopyEmptyString})
-    EXPECT_EQ(Encoded(Node(copy(kSample.get())).get()), kXml);
+    EXPECT_EQ(Libplist::Encoded(Node(copy(kSample.get())).get()), kXml);
   const Node zero(PlistUtil::PlistCopyZero(nullptr)), empty(PlistUtil::PlistCopyEmptyString(nullptr));
   EXPECT_EQ(plist_get_node_type(zero.get()), PLIST_UINT);
   EXPECT_EQ(PlistUtil::GetIntegerValue(zero.get()), 0U);

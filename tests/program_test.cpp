@@ -141,7 +141,7 @@ TEST(Program, FindsEachFaultOfARecordFile) {
   std::vector<std::pair<std::string, std::vector<std::string>>> faults = {
       {start, {}},
       {first, {}},
-      // A pipe; a size beyond 63 bits; a NUL in the domain; a length behind the end of the file.
+      // A pipe; a size beyond 63 bits; a NUL in the domain; a length past the end of the file.
       {start + Record("p", std::string("\x10\0", 2)) + last, {"damaged-record p"}},
       {start + file + last, {"damaged-record p"}},
       {start + std::string("\0\2d\0", 4) + Record("p", "\x81\xA4").substr(3) + last, {"damaged-record p"}},
@@ -181,14 +181,14 @@ TEST(Program, NamesWhatItCannotReadAndLeavesItAsItIs) {
     const std::string sql = change[0] == '#' ? change.substr(1) : "";
     EXPECT_EQ(backup.Run("m=$(echo Manifest.[dm]*); " + change, sql).err, "");
     for (const std::string command : {"inspect . --json", "list ."})
-      EXPECT_THAT(backup.Look("hostutil " + command), IsFailure("(holds no backup|/Manifest[^:]*: .+)"));
+      EXPECT_THAT(backup.Look("hostutil " + command), IsFailure("(is not a backup|/Manifest[^:]*: .+)"));
   };
   for (const std::string& change : both)
     for (const std::string& layout : kLayouts) expect_failure(layout, change);
   for (const std::string& change : databases) expect_failure("two-level", change);
 }
 
-TEST(Program, ReadsBesideAWriterAndAfterAStoppedOne) {
+TEST(Program, ReadsDuringAWriteAndAfterAnInterruptedOne) {
   const SampleBackup backup("two-level", 3);
   EXPECT_THAT(backup.Run("hostutil inspect .", "BEGIN EXCLUSIVE"), IsFailure("is locked"));
   const std::string wal =
@@ -225,7 +225,7 @@ TEST(Program, ListsAndLocatesWhatWasAskedFor) {
       EXPECT_THAT(backup.Run(std::string("hostutil list . ") + options),
                   FieldsAre(0, testing::ResultOf(LinesOf, lines), ""));
     }
-    // Behind the widest domain, every path begins in one column.
+    // After the widest domain, every path begins in one column.
     EXPECT_EQ(backup.Run("hostutil list . --match .+ | grep -v '^.\\{70\\} [^ ]'").out, "");
     EXPECT_EQ(backup.Run("hostutil locate . HomeDomain Documents/note-7.txt --layout " + layout).out,
               "Identifier  " + id + "\nStored at   " + stored + '\n');
@@ -293,8 +293,9 @@ TEST(Program, HelpListsEveryCommandAndTheOptionsOfEach) {
                                    {"locote", "; did you mean 'locate'?"},
                                    {"samplers", "; did you mean 'sample'?"},
                                    {"l\xC3\xAF", ";"}})
-    EXPECT_EQ(backup.Run(std::string("hostutil ") + name).err,
-              std::string("hostutil: no command '") + name + '\'' + hint + " hostutil --help lists them\n");
+    EXPECT_EQ(
+        backup.Run(std::string("hostutil ") + name).err,
+        std::string("hostutil: no command '") + name + '\'' + hint + " hostutil --help lists the commands\n");
 }
 
 TEST(Program, NoticesThatOutputIsLost) {
@@ -321,8 +322,7 @@ TEST(Program, ShowsProgressOnATerminalOnlyAndFitsTheReportIntoIt) {
   const std::string shown = report.Read();
   for (const std::string line :
        {"    15fc2ced247331a73b58c5483ca9ffd310c3271d  Hom…\r\n", "Present           59 (31 KiB)\r\n",
-        "Months covered    2023-01-01 to 2023-03-31\r\n",
-        "  HomeDomain                  16 files     8.4 KiB\r\n",
+        "Months covered    2023-01 to 2023-03\r\n", "  HomeDomain                  16 files     8.4 KiB\r\n",
         "  AppDomain-c…mple.notes       9 files     5.1 KiB\r\n", "  txt                         23\r\n"})
     EXPECT_THAT(shown, HasSubstr("\n" + line));
 }

@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "common/utils/matching.h"
+#include "support/temporary_folder.h"
 #include "support/testing.h"
 
 namespace {
@@ -124,7 +125,7 @@ TEST(MemMem, FindsEveryPlaceAndReadsNoFurther) {
         }
 }
 
-// A length beyond every buffer: the caller knows that there is a match. A sanitizer sees what is read behind
+// A length beyond every buffer: the caller knows that there is a match. A sanitizer sees what is read after
 // it.
 TEST(MemMem, StopsAtTheMatchWhateverTheLength) {
   EXPECT_STREQ(static_cast<const char*>(Utils::MemMem("abcabc", ULONG_MAX, "bc", 2)), "bcabc");
@@ -150,10 +151,17 @@ TEST(Searches, TakeLinearTime) {
 
 // Turkish folds I otherwise; KOI8-R folds beyond ASCII, and 0xFF, which as a signed char is EOF.
 TEST(CompareI, FoldsAsTheLocaleDoes) {
-  for (const char* locale : {"C", "tr_TR.UTF-8", "tr_TR.ISO-8859-9", "ru_RU.KOI8-R"}) {
-    if (std::setlocale(LC_ALL, locale) == nullptr) continue;
+  const TemporaryFolder folder;
+  ::setenv("LOCPATH", folder.Path().c_str(), 1);
+  int tested = 0;
+  for (const std::string locale : {"C", "tr_TR.UTF-8", "tr_TR.ISO-8859-9", "ru_RU.KOI8-R"}) {
+    const std::string make =
+        "localedef -i " + locale.substr(0, 5) + " -f " + locale.substr(locale.find('.') + 1);
+    static_cast<void>(std::system((make + " '" + folder.Path(locale) + "' >/dev/null 2>&1").c_str()));
+    if (std::setlocale(LC_ALL, locale.c_str()) == nullptr) continue;
     // A sanitizer's strcasecmp folds ASCII in every locale.
     if (std::tolower('I') != 'i' && ::strcasecmp("I", "i") == 0) continue;
+    ++tested;
     const auto folded = [](char byte) { return std::tolower(static_cast<signed char>(byte)) & 0xFF; };
     for (char one[] = "x\1"; one[1] != '\0'; ++one[1])
       for (char other[] = "X\1"; other[1] != '\0'; ++other[1]) {
@@ -162,6 +170,7 @@ TEST(CompareI, FoldsAsTheLocaleDoes) {
       }
   }
   std::setlocale(LC_ALL, "C");
+  if (tested == 1) GTEST_SKIP() << "there is no locale but C, or a sanitizer folds";
 }
 
 }  // namespace

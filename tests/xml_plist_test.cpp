@@ -20,7 +20,7 @@ std::string DecodeSlowTexts(const std::string& list) {
 // The tree that libplist makes of the list, as XML; empty for none.
 std::string Tree(const std::string& list) {
   const auto length = static_cast<std::uint32_t>(list.size());
-  return Encoded(Libplist::Node(Libplist::Parse(plist_from_xml, list.c_str(), length)).get());
+  return Libplist::Encoded(Libplist::Node(Libplist::Parse(plist_from_xml, list.c_str(), length)).get());
 }
 
 std::string InString(const std::string& text) {

@@ -1,5 +1,5 @@
 // Internal. Reads a binary property list in place. Allocates nothing and trusts nothing: offsets, counts and
-// sizes may lie. What it accepts, libplist accepts, and the reverse.
+// sizes may lie. Accepts what libplist accepts, except a UTF-16 string with a NUL.
 //
 //   BinaryPlist::Reader reader;
 //   BinaryPlist::Object root, size;
@@ -56,7 +56,7 @@ class Reader {
   std::size_t ReferenceSize() const { return references_.size; }
   std::uint64_t Reference(const char* at) const { return references_.Read(at); }
 
-  // The marker of an object, or one that Read rejects where there is none.
+  // The marker of object `index`; for an index or offset out of range, a marker that Read rejects.
   const char* Find(std::uint64_t index) const {
     if (index >= object_count_) return &kNoObject;
     const std::uint64_t offset = offsets_.Read(table_ + index * offsets_.size);

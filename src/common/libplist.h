@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <type_traits>
 
 #include "common/owners.h"
@@ -38,6 +39,15 @@ plist_t Parse(Parser* parser, const char* bytes, std::uint32_t length) {
     root = nullptr;
   }
   return root;
+}
+
+// The tree as plist_to_xml, or plist_to_bin, encodes it; empty for null and when that fails.
+inline std::string Encoded(plist_t root, decltype(&plist_to_xml) encode = &plist_to_xml) {
+  char* bytes = nullptr;
+  std::uint32_t length = 0;
+  if (root != nullptr) encode(root, &bytes, &length);
+  const Text owner(bytes);
+  return {bytes, length};
 }
 
 // Whether a binary list may contain null. Since 2.3.0, as plist_mem_free.

@@ -9,7 +9,7 @@ namespace {
 
 using BinaryPlist::Object;
 
-// Whether an object with this marker takes no more memory than kNodeSize, which its container has paid. Most
+// Whether an object with this marker fits in kNodeSize, which its container has already been charged. Most
 // objects do, and their markers are all that has to be read.
 constexpr auto kIsSmallLeaf = [] {
   using namespace BinaryPlist;
@@ -65,8 +65,7 @@ class Walk {
     return kLeaves == Leaves::kSkipped && kIsSmallLeaf[static_cast<unsigned char>(*object)];
   }
 
-  // Where libplist would reject an object, the walk may end with false: nothing else in the list matters
-  // then.
+  // May also return false where libplist rejects the object, since it then rejects the whole list.
   bool Visit(const char* marker, References& innermost) {
     if (MaySkip(marker)) return true;
     Object object;

@@ -34,10 +34,8 @@ inline constexpr std::uint64_t kFreeSize = 8ULL << 20;
 inline constexpr std::uint64_t kSizePerByte = 512;
 inline constexpr std::uint64_t kNodeSize = 128;
 
-// True only for a list within the limits, of which libplist can hold each string: false when a UTF-16 one
-// contains a NUL, which every libplist from 2.2.0 to 2.8.0 keeps with a length that is wrong after it is
-// copied, and which ends the process when it is asked for. False for some lists that libplist rejects; true
-// does not promise that the list parses.
+// True only for a list within the limits in which no UTF-16 string contains a NUL (see PlistUtil::ReadPlist).
+// False for some lists that libplist rejects; true does not promise that the list parses.
 bool BinaryIsSafe(const char* bytes, std::size_t length, std::size_t max_depth = kMaxDepth);
 
 // Whether the list is safe and libplist would parse it. `length` is that of the bytes that the reader has

@@ -18,9 +18,8 @@ namespace {
 using Owners::Block;
 using Owners::Stream;
 
-// Unbuffered: each stream is read once, into the caller's block. A buffer would cost an allocation, which
-// makes malloc merge its free blocks, a call for the file's block size, and another read for the rest of the
-// file.
+// Unbuffered: one read fills the caller's block. A buffer would cost an allocation, a call for the file's
+// block size and a second read.
 Stream OpenForReading(const char* path) {
   Stream stream(BasUtilityFile()->OpenFile(path, "rb"));
   if (stream != nullptr) std::setvbuf(stream.get(), nullptr, _IONBF, 0);
@@ -37,7 +36,7 @@ Block ReadWhole(const char* path, std::uint64_t size) {
   const std::size_t read = std::fread(bytes.get(), 1, wanted, stream.get());
   bytes.get()[read] = '\0';
   if (read == wanted) return bytes;
-  // The file shrank or its size lies: zeros for the rest, which take no memory in a block from calloc.
+  // The file is shorter than its size. Untouched zeros from calloc take no memory.
   Block zeroed(static_cast<char*>(std::calloc(wanted + 1, 1)));
   if (zeroed != nullptr) std::memcpy(zeroed.get(), bytes.get(), read);
   return zeroed;
@@ -81,7 +80,7 @@ plist_t PlistUtil::ReadPlist(const char* path) {
   const Block bytes = ReadWhole(path, size);
   if (bytes == nullptr) return nullptr;
 
-  const auto length = static_cast<std::uint32_t>(size);  // all that the parsers can be told
+  const auto length = static_cast<std::uint32_t>(size);  // the parsers take 32-bit lengths
   return IsBinPlist(path) != 0 ? ParseBinary(bytes.get(), length) : ParseXml(bytes.get(), length);
 }
 

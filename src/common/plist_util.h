@@ -25,13 +25,12 @@ HOSTUTIL_EXPORT std::int32_t IsBinPlist(const char* path);
 
 // The tree of a property-list file, or null when
 //   - there is no such file, it is empty, or there is no memory for its bytes;
-//   - libplist rejects it, or its size allows no block of memory;
+//   - libplist rejects it;
 //   - it could exhaust the process: containers nested more than 512 deep, or shared references that expand to
 //     far more nodes than the file has bytes;
-//   - a string or key in XML, or a UTF-16 one in a binary list, contains a NUL. No libplist from 2.2.0
-//   to 2.8.0
-//     can hold it, and each ends the process when asked for such a string. A NUL anywhere else does no harm;
-//     a binary ASCII string ends at it.
+//   - a string or key in XML, or a UTF-16 string in a binary list, contains a NUL: libplist (2.2.0 to 2.8.0)
+//     stores it with a wrong length and aborts when asked for it. A NUL anywhere else does no harm; a binary
+//     ASCII string ends at it.
 // IsBinPlist alone selects the encoding: a binary list that does not parse is not tried as XML, nor the other
 // way round. Reads the whole file into memory and opens it twice. A file of 4 GiB or more is parsed as if its
 // size were the low 32 bits. Where the file is shorter than its size, because it shrank or the file service

@@ -262,9 +262,8 @@ class TextDecoder {
   }
 
  private:
-  // Entities that move at most so many bytes are kept: in short texts, and for this long after a section,
-  // since a text full of "]]>" would otherwise get a section, which costs libplist two allocations, for each
-  // entity.
+  // Entities are kept in texts up to this length, and this far after a CDATA section: otherwise a text full
+  // of "]]>" would get a section for each entity, and a section costs libplist two allocations.
   static constexpr std::size_t kFewMoves = 256;
 
   // Appends the entity at the start of `text` and returns its length.

@@ -17,9 +17,8 @@
 namespace XmlPlist {
 
 // False when arrays and dictionaries, empty ones included, nest deeper than `max_depth`, or when a string or
-// key contains a NUL: every libplist from 2.2.0 to 2.8.0 keeps such a string with a length that its bytes do
-// not have, copies it short and ends the process when asked for it, and cuts the key off. False also for some
-// lists that libplist rejects; true does not promise that the bytes parse.
+// key contains a NUL (see PlistUtil::ReadPlist). False also for some lists that libplist rejects; true does
+// not promise that the bytes parse.
 //
 // Depth and NULs are all that needs a check: XML has no references, its entities expand to single characters,
 // and a node takes at least six bytes, so the tree is at most some twenty times as large as the bytes.

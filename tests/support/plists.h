@@ -1,4 +1,4 @@
-// Property lists that tests write byte by byte, and trees as texts.
+// Property lists that tests write byte by byte.
 
 #pragma once
 
@@ -20,13 +20,4 @@ inline std::string BinaryList(const std::vector<std::string>& objects, std::size
   }
   return bytes + table + BigEndian(3, 7) + BigEndian(reference_size, 1) + BigEndian(objects.size(), 8) +
          BigEndian(root, 8) + BigEndian(bytes.size(), 8);
-}
-
-// The tree as `write` encodes it; empty for null.
-inline std::string Encoded(plist_t root, decltype(&plist_to_xml) write = &plist_to_xml) {
-  char* bytes = nullptr;
-  std::uint32_t length = 0;
-  if (root != nullptr) write(root, &bytes, &length);
-  const Libplist::Text owner(bytes);
-  return {bytes, length};
 }

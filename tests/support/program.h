@@ -20,7 +20,7 @@ using testing::MatchesRegex;
 using testing::Not;
 
 struct ProgramResult {
-  int status;  // as the shell tells it: 128 and the number for an end by a signal
+  int status;  // as the shell reports it: 128 plus the number of the signal that ended it
   std::string out;
   std::string err;
 };

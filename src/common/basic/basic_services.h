@@ -16,8 +16,9 @@
 // Files.
 class IBasUtilityFile {
  public:
-  // Makes the directory `path`. It is no failure if that exists. Failures are not reported, so this must
-  // neither throw nor end the process. `path` ends with no separator unless it is a backup root itself.
+  // Makes the directory `path`; that it exists already is no failure. Failures are not reported, so this must
+  // neither throw nor end the process. `path` ends with a separator only for an empty identifier, when it is
+  // the backup's root.
   virtual void CreateDirectory(const char* path) = 0;
 
   // The number of bytes to read in the file `path`; 0 when it is empty or cannot be read.

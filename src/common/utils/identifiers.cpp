@@ -2,20 +2,12 @@
 
 #include <algorithm>
 #include <cctype>
-#include <memory>
 
+#include "common/owners.h"
 #include "platform/foundation.h"
 
-namespace {
-
-struct ReleaseUuid {
-  void operator()(Foundation::Uuid* uuid) const { Foundation::Release(uuid); }
-};
-
-}  // namespace
-
 std::string Utils::GenerateLowerUuid() {
-  std::unique_ptr<Foundation::Uuid, ReleaseUuid> uuid(Foundation::CreateUuid());
+  Owners::Owner<Foundation::Uuid, Foundation::Release> uuid(Foundation::CreateUuid());
   Foundation::String* const text = Foundation::CreateUuidString(uuid.get());
   uuid.reset();
   std::string id = Foundation::Utf8(Foundation::Autorelease(text));

@@ -13,11 +13,11 @@
 // exponential time. Its polynomial executor does neither, but is slower and knows no back-references.
 // Therefore:
 //
-//   1. LookAtGroup bounds, from the pattern's text, its size and the recursion that nothing interrupts.
+//   1. MeasureGroup bounds, from the pattern's text, its size and the recursion that nothing interrupts.
 //   2. The default executor runs on iterators that charge a budget of steps and check the stack.
 //   3. If that exceeds the budget, and there is no back-reference, the polynomial executor runs on them.
 //
-// libc++'s executor does not recurse and bounds its own steps, so there the first step is enough.
+// libc++'s executor does not recurse and bounds its own steps, so there only the pattern has to be bounded.
 
 namespace Matching {
 namespace {
@@ -68,8 +68,8 @@ void Pattern::Term::Repeat(double copies) {
   is_repeated = true;
 }
 
-// Behind an error in the pattern what it finds means nothing, and does not matter: compiling fails there.
-Pattern::Term Pattern::LookAtGroup(std::size_t& at) {
+// After a syntax error the result is meaningless but harmless: compiling then fails.
+Pattern::Term Pattern::MeasureGroup(std::size_t& at) {
   if (static_cast<double>(Platform::StackLeft()) < kReserve) throw std::regex_error(error_stack);
   Term group{kGroupStack, 0, true};
   Term last;
@@ -92,7 +92,7 @@ Pattern::Term Pattern::LookAtGroup(std::size_t& at) {
       case '(':
         has_look_ahead_ |= *next == '?' && next[1] != ':';
         at += *next == '?' ? 3 : 1;
-        add(LookAtGroup(at));
+        add(MeasureGroup(at));
         break;
       case '|':
         end_alternative();
@@ -126,7 +126,7 @@ Pattern::Term Pattern::LookAtGroup(std::size_t& at) {
   return group;
 }
 
-// Below it remains what compiling needs, or matching between two comparisons.
+// The stack that matching may use. The rest is kept for compiling, or for what runs between two comparisons.
 std::size_t Pattern::StackForMatching() const {
   const double usable = static_cast<double>(Platform::StackLeft()) - kReserve - whole_.stack;
   if (usable < whole_.stack) throw std::regex_error(error_stack);
@@ -135,11 +135,11 @@ std::size_t Pattern::StackForMatching() const {
 
 Pattern::Pattern(const std::string& pattern) : pattern_(pattern) {
   std::size_t begin = 0;
-  whole_ = LookAtGroup(begin);
+  whole_ = MeasureGroup(begin);
   if (whole_.size > kMostSize) throw std::regex_error(error_space);
   StackForMatching();
-  // Only back-references need the groups. One to a group that did not match fails without a comparison, so
-  // assertions before it make one.
+  // Only back-references need the groups. One to a group that did not match fails without a comparison, and
+  // would cost nothing: the assertions inserted before it do compare.
   for (auto at = back_references_.rbegin(); at != back_references_.rend(); ++at)
     pattern_.insert(*at, "(?:\\b|\\B)");
   regex_.assign(pattern_, back_references_.empty() ? std::regex::nosubs : std::regex::ECMAScript);
@@ -193,7 +193,7 @@ bool Pattern::MatchesWhole(const std::string& text) {
   const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
   const std::uintptr_t lowest = here - StackForMatching();
   const auto match = [&](const std::regex& regex, std::size_t steps) {
-    // To enter a look-ahead takes as long as a step for each 64 characters of the pattern.
+    // Entering a look-ahead costs one step per 64 characters of the pattern.
     if (has_look_ahead_) steps /= 1 + static_cast<std::size_t>(whole_.size) / 64;
     Budget budget{steps, lowest};
     const Position begin(text.data(), &budget);
@@ -203,14 +203,14 @@ bool Pattern::MatchesWhole(const std::string& text) {
   };
   const std::size_t most = kMostSteps + text.size() * kMostStepsPerCharacter;
   if (!back_references_.empty()) return match(regex_, most);
-  if (!linear_) {
+  if (!polynomial_) {
     try {
       return match(regex_, kMostSteps / 200);  // when they do not suffice, a few milliseconds are lost
     } catch (const std::regex_error&) {
-      linear_.emplace(pattern_, std::regex::nosubs | std::regex_constants::__polynomial);
+      polynomial_.emplace(pattern_, std::regex::nosubs | std::regex_constants::__polynomial);
     }
   }
-  return match(*linear_, most);
+  return match(*polynomial_, most);
 }
 
 #else

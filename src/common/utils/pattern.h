@@ -32,7 +32,7 @@ class Pattern {
     void Repeat(double copies);
   };
 
-  Term LookAtGroup(std::size_t& at);
+  Term MeasureGroup(std::size_t& at);
   std::size_t StackForMatching() const;
 
   std::string pattern_;
@@ -40,7 +40,7 @@ class Pattern {
   bool has_look_ahead_ = false;
   std::vector<std::size_t> back_references_;  // their indices
   std::regex regex_;
-  std::optional<std::regex> linear_;  // for the polynomial executor, since the default one gave up
+  std::optional<std::regex> polynomial_;  // made when the default executor has exceeded its budget
 };
 
 }  // namespace Matching

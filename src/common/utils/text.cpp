@@ -18,9 +18,6 @@
 
 namespace {
 
-// Within so many bytes, a loop over bytes is faster than a call of a vectorized search.
-constexpr std::ptrdiff_t kNear = 16;
-
 constexpr std::size_t kLongestJoin = 2'147'483'646;
 
 char* NewText(std::size_t length) {
@@ -41,10 +38,10 @@ char* CopyTo(char* write, std::string_view text) {
 //               false matches, as a periodic text does
 // Each byte passed is a credit, each false match a cost: the time in which the next method passes so many
 // bytes. Out of credit, the search changes to that method.
-class Pattern {
+class SearchPattern {
  public:
   // REQUIRES: `text` is not empty.
-  explicit Pattern(std::string_view text) : text_(text) {}
+  explicit SearchPattern(std::string_view text) : text_(text) {}
 
   std::size_t Size() const { return text_.size(); }
 
@@ -141,7 +138,7 @@ bool PointsInto(std::string_view bytes, const char* pointer) {
   return not_after(bytes.data(), pointer) && not_after(pointer, bytes.data() + bytes.size());
 }
 
-std::int32_t Replace(std::string& text, Pattern search, std::string_view replacement) {
+std::int32_t Replace(std::string& text, SearchPattern search, std::string_view replacement) {
   const std::size_t length = text.size();
   std::size_t places[256];  // the first matches, which are not searched for twice
   std::size_t matches = 0;
@@ -281,9 +278,9 @@ std::int32_t Utils::ReplaceStr(std::string& text, const char* search, const char
   if (*search == '\0') return 0;
   if (PointsInto(text, search) || PointsInto(text, replacement)) {
     const std::string search_copy = search;
-    return Replace(text, Pattern(search_copy), std::string(replacement));
+    return Replace(text, SearchPattern(search_copy), std::string(replacement));
   }
-  return Replace(text, Pattern(search), replacement);
+  return Replace(text, SearchPattern(search), replacement);
 }
 
 char* Utils::DeleteDelims(const char* text, const char* delimiters, const char* joiner) {
@@ -311,6 +308,8 @@ char* Utils::DeleteDelims(const char* text, const char* delimiters, const char* 
       continue;
     }
     if (write != result.get()) write = CopyTo(write, between);
+    // Within so many bytes, this loop is faster than a call of a vectorized search.
+    constexpr std::ptrdiff_t kNear = 16;
     const char* const near = at + std::min(kNear, end - at);
     while (at != near && !delimiter_set.Holds(*at)) *write++ = *at++;
     if (at != near) continue;
@@ -347,7 +346,7 @@ const void* Utils::MemMem(const void* range, unsigned long range_length, const v
                           unsigned long pattern_length) {
   if (pattern_length == 0 || pattern_length > range_length) return nullptr;
   const auto* const start = static_cast<const char*>(range);
-  Pattern search({static_cast<const char*>(pattern), pattern_length});
+  SearchPattern search({static_cast<const char*>(pattern), pattern_length});
   if (range_length <= PTRDIFF_MAX) return search.FindIn(start, start + range_length);
   // No buffer is that long: the caller knows that there is a match.
   search.NeverReadAhead();
