@@ -1,4 +1,4 @@
-// Backup addressing and table checks.
+// Paths, backup addressing and table checks.
 
 #include <absl/strings/str_cat.h>
 #include <nettle/sha1.h>
@@ -9,9 +9,33 @@
 
 #include "bench.h"
 #include "common/utils/backup_layout.h"
+#include "common/utils/paths.h"
 #include "common/utils/table_check.h"
+#include "platform/autorelease_pool.h"
+
+namespace fs = std::filesystem;
 
 namespace {
+
+void BenchPath(const std::string& data, const std::string& text) {
+  const auto compare = [&](const char* function, auto ours, auto peer) {
+    Compare(
+        std::string(function) + '/' + data, kAheadGoal, [=] { return ours(text.c_str()); },
+        Peer{"std::filesystem::path", [=] { return peer(fs::path(text)); }});
+  };
+  const auto parent = [](const char* file) {
+    const AutoreleasePool pool;
+    return Utils::GetParentDir(file);
+  };
+  const auto joined = [](const char* folder) { return Block(Utils::ConcatFilePath(folder, "notes.db")); };
+  compare("GetParentDir", parent, [](const fs::path& file) { return file.parent_path().string() + '/'; });
+  compare("GetFileName", Utils::GetFileName, [](const fs::path& file) { return file.filename().string(); });
+  compare("GetFileNameWithoutExt", Utils::GetFileNameWithoutExt,
+          [](fs::path file) { return file.replace_extension().string(); });
+  compare("GetFilePostfix", Utils::GetFilePostfix,
+          [](const fs::path& file) { return file.extension().string().substr(1); });
+  compare("ConcatFilePath", joined, [](const fs::path& folder) { return (folder / "notes.db").string(); });
+}
 
 std::string DigestByNettle(std::string_view first, std::string_view second) {
   sha1_ctx context;
@@ -49,7 +73,7 @@ void BenchFilePath() {
       return absl::StrCat(folder, "/", id);
     };
   };
-  const auto create_directory = [](const std::string& path) { std::filesystem::create_directory(path); };
+  const auto create_directory = [](const std::string& path) { fs::create_directory(path); };
   const auto mkdir = [](const std::string& path) { static_cast<void>(::mkdir(path.c_str(), 0777)); };
   Compare("ConcatBackupFilePath/flat", kCallGoal, ours(false, false),
           Peer{"absl::StrCat", [=] { return absl::StrCat(root, id); }});
@@ -74,6 +98,8 @@ bool CheckByHand(sqlite3* db, const std::string& table, const std::string& colum
 }
 
 const bool kRegistered = [] {
+  BenchPath("4 folders", "/Volumes/reader/Library/Backup/Manifest.db");
+  BenchPath("100 folders", Repeated("/folder name", 1200) + "/Manifest.db");
   BenchFileId("a path of 65 bytes", "Library/Application Support/com.example.reader/Documents/notes.db");
   BenchFileId("a path of 1 KiB", Repeated("folder/", kKiB));
   BenchFilePath();

@@ -41,12 +41,8 @@ set terminal svg size 820,1000 font "sans-serif,13" background "white"
 set output "{picture}"
 set title "Speed relative to the fastest other" font ",17"
 set xlabel "times as fast: geometric mean over the data (bar), least and most (line)"
-set lmargin 30
-set logscale x 2
-set yrange [-1:*]
-set grid xtics lc rgb "#d8d8d8"
-set tics nomirror scale 0
-set key off
+set lmargin 30; set logscale x 2; set yrange [-1:*]; set key off
+set grid xtics lc rgb "#d8d8d8"; set tics nomirror scale 0
 set arrow from 1, graph 0 to 1, graph 1 nohead lc rgb "#404040"
 $data << END
 {data}

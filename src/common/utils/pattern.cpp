@@ -154,11 +154,6 @@ struct Budget {
   std::uintptr_t lowest;  // of the stack
 };
 
-// Out of line and cold: the executors' functions, which compare, stay small enough to be inlined as usual.
-[[noreturn, gnu::noinline, gnu::cold]] void GiveUp() {
-  throw std::regex_error(error_complexity);
-}
-
 // A position in the text. Executors compare two at every character, repetition and assertion: one step.
 class Position {
  public:
@@ -177,7 +172,7 @@ class Position {
   // frames are left a thousand times as fast as by an exception.
   [[gnu::always_inline]] friend bool operator==(const Position& left, const Position& right) {
     Budget& budget = *left.budget_;
-    if (budget.steps-- == 0) GiveUp();
+    if (budget.steps-- == 0) throw std::regex_error(error_complexity);
     const auto stack = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
     if (stack > budget.lowest) return left.at_ == right.at_;
     budget.lowest = UINTPTR_MAX;
