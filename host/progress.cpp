@@ -35,7 +35,7 @@ Progress::Progress() : shown_(::isatty(STDERR_FILENO) != 0) {
 
 Progress::~Progress() {
   if (!shown_) return;
-  if (drawn_) ClearLine();
+  ClearLine();
   ReplaceHandlers(ClearLineAndEnd, SIG_DFL);
 }
 
@@ -81,5 +81,4 @@ void Progress::Draw(std::string line, std::uint64_t done, std::uint64_t total) {
   // On some terminals, clearing at the last column erases its character.
   const std::size_t room = std::max<std::size_t>(TerminalWidth(STDERR_FILENO), 2) - 1;
   std::fputs(fmt::format("\r{}\x1b[K", TerminalText::ElidedEnd(line, room)).c_str(), stderr);
-  drawn_ = true;
 }

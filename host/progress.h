@@ -47,7 +47,6 @@ class Progress {
   void Draw(std::string line, std::uint64_t done, std::uint64_t total);
 
   bool shown_;
-  bool drawn_ = false;
   std::uint64_t count_ = 0;
   Clock::time_point start_ = Clock::now();
   Clock::time_point next_ = start_;

@@ -231,8 +231,8 @@ TEST(Program, ListsAndLocatesWhatWasAskedFor) {
               "Identifier  " + id + "\nStored at   " + stored + '\n');
   }
   const SampleBackup backup("flat", 1);
-  EXPECT_EQ(backup.Look("hostutil locate new/root d ''").status, 0);
-  EXPECT_EQ(backup.Run("hostutil locate new/root d '' --create >../x && ls new/root").out,
+  EXPECT_EQ(backup.Look("hostutil locate n/root d ''").status, 0);
+  EXPECT_EQ(backup.Run("hostutil locate n/root d '' --create >../x && ls n/root").out,
             Utils::CalcFileID("d", "").substr(0, 2) + '\n');
 }
 
