@@ -11,6 +11,7 @@
 #include "common/plist_util.h"
 #include "common/utils.h"
 #include "encryption.h"
+#include "entry_text.h"
 #include "manifest.h"
 #include "owners.h"
 #include "page.h"
@@ -127,15 +128,14 @@ class Checker {
     ++domain.files;
     domain.bytes += size;
     if (!extension.empty()) ++report_.extensions[TerminalText::ValidUtf8(LowerCase(extension))];
-    if (entry.modified) CountMonth(*entry.modified);
+    CountMonth(DateOf(entry.modified));
   }
 
-  void CountMonth(long modified) {
+  void CountMonth(std::string date) {
     constexpr std::size_t kAfterMonth = sizeof "-14 22:13:20" - 1;  // years may have more digits than four
-    std::string month = Utils::ConvertUtcToLocalDate(modified);
-    if (month.size() <= kAfterMonth) return;
-    month.resize(month.size() - kAfterMonth);
-    ++report_.months[month];
+    if (date.size() <= kAfterMonth) return;
+    date.resize(date.size() - kAfterMonth);
+    ++report_.months[date];
   }
 
   void AddProblem(ProblemKind kind, const std::string& id, const Record& record) {

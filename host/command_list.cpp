@@ -54,17 +54,23 @@ class Formatter {
     AppendCell(TerminalText::PaddedLeft(has_size ? TerminalText::Size(*entry.size) : "-", 8), 8, lines);
     AppendCell(DateOf(entry.modified), 19, lines);
     const bool cut = screen_.width != 0;
-    AppendCell(TerminalText::ElidedMiddle(TerminalText::Escaped(entry.domain), cut ? domain_width_ : 0),
-               domain_width_, lines);
+    const std::size_t domain = lines.size();
+    TerminalText::AppendEscapedMiddle(entry.domain, cut ? domain_width_ : 0, lines);
+    EndCell(TerminalText::Width(std::string_view(lines).substr(domain)), domain_width_, lines);
     const std::size_t used = cut ? TerminalText::Width(std::string_view(lines).substr(start)) : 0;
     const std::size_t room = std::max<std::size_t>(screen_.width - std::min(used, screen_.width), 12);
-    lines += TerminalText::ElidedMiddle(TerminalText::Escaped(entry.path), cut ? room : 0);
+    TerminalText::AppendEscapedMiddle(entry.path, cut ? room : 0, lines);
   }
 
-  // Appends `text`, padded to `width` columns, and the gap before the next cell.
+  // REQUIRES: ASCII.
   static void AppendCell(std::string_view text, std::size_t width, std::string& lines) {
-    const std::size_t own = TerminalText::Width(text);
-    lines.append(text).append((own < width ? width - own : 0) + 2, ' ');
+    lines += text;
+    EndCell(text.size(), width, lines);
+  }
+
+  // Pads a cell of `own` columns to `width`, and appends the gap before the next.
+  static void EndCell(std::size_t own, std::size_t width, std::string& lines) {
+    lines.append((own < width ? width - own : 0) + 2, ' ');
   }
 
   Json AsJson(const Entry& entry) const {

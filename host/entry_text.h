@@ -3,10 +3,10 @@
 #pragma once
 
 #include <array>
+#include <optional>
 #include <string>
 #include <string_view>
 
-#include "common/utils.h"
 #include "manifest.h"
 
 inline std::string_view NameOf(EntryKind kind) {
@@ -14,7 +14,6 @@ inline std::string_view NameOf(EntryKind kind) {
   return kNames.at(static_cast<std::size_t>(kind));
 }
 
-// Empty when the time is not recorded or has no date.
-inline std::string DateOf(const std::optional<long>& modified) {
-  return modified ? Utils::ConvertUtcToLocalDate(*modified) : std::string();
-}
+// Utils::ConvertUtcToLocalDate, remembering what each thread has asked. Empty when the time is not recorded
+// or has no date. REQUIRES: the time zone does not change.
+std::string DateOf(const std::optional<long>& modified);

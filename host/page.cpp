@@ -30,7 +30,7 @@ constexpr std::string_view kHead = R"(<!DOCTYPE html>
 // `text` for an element or a quoted attribute.
 std::string Html(std::string_view text) {
   constexpr std::size_t kLongest = 1000;
-  std::string html = TerminalText::ElidedMiddle(TerminalText::Escaped(text), kLongest);
+  std::string html = TerminalText::EscapedMiddle(text, kLongest);
   constexpr std::pair<const char*, const char*> kEntities[] = {
       {"&", "&amp;"}, {"<", "&lt;"}, {">", "&gt;"}, {"\"", "&quot;"}, {"'", "&#39;"}};
   for (const auto& [character, entity] : kEntities) Utils::ReplaceStr(html, character, entity);

@@ -64,7 +64,7 @@ std::string NamesOf(const Problem& problem, const Text& text) {
       problem.id.empty() ? "    " : "    " + TerminalText::ElidedEnd(Escaped(problem.id), 40) + "  ";
   const std::string name = problem.domain.empty() ? problem.path : problem.domain + "  " + problem.path;
   if (problem.id.empty() && name.empty()) return id + "(unknown entry)";
-  return id + TerminalText::ElidedMiddle(Escaped(name), text.RoomFor(TerminalText::Width(id)));
+  return id + TerminalText::EscapedMiddle(name, text.RoomFor(TerminalText::Width(id)));
 }
 
 // Counts by kind, with the first twenty problems in full.
@@ -98,11 +98,11 @@ void AddDomains(const Report& report, Text& text) {
   const std::size_t room = text.RoomFor(kNumbers);
   std::size_t widest = 0;
   for (const auto& [name, total] : report.domains) {
-    widest = std::max(widest, TerminalText::Width(TerminalText::ElidedMiddle(Escaped(name), room)));
+    widest = std::max(widest, TerminalText::Width(TerminalText::EscapedMiddle(name, room)));
   }
   widest = std::min(widest, kWidest);
   for (const auto& [name, total] : Largest(report.domains, [](const DomainTotal& t) { return t.bytes; })) {
-    const std::string shown = TerminalText::ElidedMiddle(Escaped(name), room);
+    const std::string shown = TerminalText::EscapedMiddle(name, room);
     text.Line(fmt::format("  {}  {}  {}", PaddedRight(shown, widest),
                           PaddedLeft(Counted(total.files, "file"), 12),
                           PaddedLeft(TerminalText::Size(total.bytes), 10)));

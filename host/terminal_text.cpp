@@ -82,11 +82,8 @@ std::string TerminalText::ValidUtf8(std::string_view text) {
 }
 
 std::string TerminalText::Escaped(std::string_view text) {
-  // Fast path: names again.
-  const bool plain = std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c < 0x7F; });
-  if (plain) return std::string(text);
   std::string escaped;
-  ForEachCharacter(text, [&escaped](std::string_view character) { escaped += EscapedCharacter(character); });
+  AppendEscapedMiddle(text, 0, escaped);
   return escaped;
 }
 
@@ -102,14 +99,29 @@ std::string TerminalText::ElidedEnd(std::string text, std::size_t width) {
   return text.append(kEllipsis);
 }
 
-std::string TerminalText::ElidedMiddle(std::string text, std::size_t width) {
-  if (width == 0) return text;
-  const std::size_t whole = Width(text);
-  if (whole <= width) return text;
+std::string TerminalText::EscapedMiddle(std::string_view text, std::size_t width) {
+  std::string escaped;
+  AppendEscapedMiddle(text, width, escaped);
+  return escaped;
+}
+
+void TerminalText::AppendEscapedMiddle(std::string_view text, std::size_t width, std::string& to) {
+  const std::size_t start = to.size();
+  // Fast path: names again.
+  const bool plain = std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c < 0x7F; });
+  if (plain) {
+    to += text;
+  } else {
+    ForEachCharacter(text, [&to](std::string_view character) { to += EscapedCharacter(character); });
+  }
+  if (width == 0) return;
+  const std::string_view escaped = std::string_view(to).substr(start);
+  const std::size_t whole = Width(escaped);
+  if (whole <= width) return;
   const std::size_t tail = (width - 1) / 2;
   const std::size_t head = width - 1 - tail;
-  const std::size_t cut = OffsetOf(text, head);
-  return text.replace(cut, OffsetOf(text, whole - tail) - cut, kEllipsis);
+  const std::size_t cut = OffsetOf(escaped, head);
+  to.replace(start + cut, OffsetOf(escaped, whole - tail) - cut, kEllipsis);
 }
 
 std::string TerminalText::PaddedRight(std::string_view text, std::size_t width) {

@@ -23,7 +23,10 @@ std::size_t Width(std::string_view text);
 
 // `text` cut to `width`, with an ellipsis for the removed part. Width 0 cuts nothing.
 std::string ElidedEnd(std::string text, std::size_t width);
-std::string ElidedMiddle(std::string text, std::size_t width);
+
+// Escaped `text`, its middle cut likewise.
+std::string EscapedMiddle(std::string_view text, std::size_t width);
+void AppendEscapedMiddle(std::string_view text, std::size_t width, std::string& to);
 
 // `text` followed (right) or preceded (left) by spaces up to `width`.
 std::string PaddedRight(std::string_view text, std::size_t width);

@@ -236,6 +236,17 @@ TEST(Program, ListsAndLocatesWhatWasAskedFor) {
             Utils::CalcFileID("d", "").substr(0, 2) + '\n');
 }
 
+TEST(Program, ShowsTheTimesOfTheTimeZone) {
+  const SampleBackup backup("flat");  // a file a day
+  // Clocks that change between midnight and noon of a day, and zones a day ahead and behind.
+  for (const char* const zone : {"EST5EDT,M1.2.3/3,M2.1.0/4", "WST-14", "XST11:30"}) {
+    ::setenv("TZ", zone, 1);
+    const std::string list = backup.Run("hostutil list .").out;
+    for (long noon = 1672574400; noon < 1672574400 + 40 * 86400; noon += 86400)
+      EXPECT_THAT(list, HasSubstr(Utils::ConvertUtcToLocalDate(noon))) << zone;
+  }
+}
+
 TEST(Program, ShowsHostileTextsHarmlessly) {
   const SampleBackup backup("two-level", 3);
   backup.Run("",

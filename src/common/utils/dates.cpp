@@ -51,11 +51,12 @@ char* WriteNumber(char* write, std::int64_t value, std::ptrdiff_t width) {
   return std::copy(static_cast<const char*>(digits), end, write);
 }
 
-// Two-digit numbers with `between` before each of them.
+// Two-digit numbers with `between` before each of them. REQUIRES: from 0 to 99.
 char* WritePairs(char* write, char between, std::initializer_list<int> values) {
   for (const int value : values) {
     *write++ = between;
-    write = WriteNumber(write, value, 2);
+    *write++ = static_cast<char>('0' + value / 10);
+    *write++ = static_cast<char>('0' + value % 10);
   }
   return write;
 }
