@@ -2,13 +2,14 @@
 
 #include <pthread.h>
 
+#include <cstdint>
 #include <utility>
 
 // The lowest address of the calling thread's stack, and its size.
-static std::pair<const char*, std::size_t> StackOfThread() {
+static std::pair<std::uintptr_t, std::size_t> StackOfThread() {
 #ifdef __APPLE__
   const std::size_t size = ::pthread_get_stacksize_np(::pthread_self());
-  return {static_cast<const char*>(::pthread_get_stackaddr_np(::pthread_self())) - size, size};
+  return {reinterpret_cast<std::uintptr_t>(::pthread_get_stackaddr_np(::pthread_self())) - size, size};
 #else
   void* lowest = nullptr;
   std::size_t size = 0;
@@ -16,13 +17,12 @@ static std::pair<const char*, std::size_t> StackOfThread() {
     ::pthread_attr_getstack(&attributes, &lowest, &size);
     ::pthread_attr_destroy(&attributes);
   }
-  return {static_cast<const char*>(lowest), size};
+  return {reinterpret_cast<std::uintptr_t>(lowest), size};
 #endif
 }
 
 std::size_t Platform::StackLeft() {
   static thread_local const auto stack = StackOfThread();
-  const auto left =
-      static_cast<std::size_t>(static_cast<const char*>(__builtin_frame_address(0)) - stack.first);
+  const std::size_t left = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0)) - stack.first;
   return left < stack.second ? left : std::size_t{256} << 10;
 }
