@@ -20,8 +20,8 @@ seconds() {
   { time "$@" >/dev/null || [ $? -eq 1 ]; } 2>&1
 }
 
-# The value of rank $2 of an expression over the lines of times.
-ranked() { awk "{ print $1 }" times | sort -n | sed -n "$2p"; }
+# The value of rank $2 of an expression over the lines of rounds.
+ranked() { awk "{ print $1 }" rounds | sort -n | sed -n "$2p"; }
 
 compare() {
   local round copied extracted
@@ -29,7 +29,7 @@ compare() {
     copied=$(seconds cp -r backup out)
     extracted=$(seconds "$bin/hostutil" extract backup out)
     [ "$round" = 0 ] || echo "$copied $extracted"
-  done >times
+  done >rounds
   printf '%-22s cp -r %7.3f s  extract %7.3f s  ratio %4.2f (%4.2f to %4.2f)\n' "$1" "$(ranked '$1' 3)" \
     "$(ranked '$2' 3)" "$(ranked '$2 / $1' 3)" "$(ranked '$2 / $1' 1)" "$(ranked '$2 / $1' 5)"
 }

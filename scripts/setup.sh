@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # Functions for the other scripts, which source it:
 #
 #   source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
@@ -18,7 +19,7 @@ debian_packages() {
     build) echo g++ make cmake ninja-build pkg-config libplist-dev libgoogle-glog-dev libsqlite3-dev \
                 nettle-dev uuid-dev libcli11-dev nlohmann-json3-dev libfmt-dev help2man ;;
     test) echo libgtest-dev libgmock-dev locales ;;
-    check) echo git clang-format-14 clang-tidy-14 clang-14 ;;
+    check) echo git clang-format-14 clang-tidy-14 clang-14 shellcheck ;;
     bench) echo libbenchmark-dev libabsl-dev gnuplot-nox python3 ;;
     fuzz) echo clang-14 libclang-rt-14-dev ;;
     docs) echo doxygen ;;
@@ -36,7 +37,7 @@ brew_packages() {
   case $1 in
     build) echo cmake ninja pkg-config libplist glog sqlite nettle cli11 nlohmann-json fmt help2man ;;
     test) echo googletest ;;
-    check) echo git llvm ;;
+    check) echo git llvm shellcheck ;;
     bench) echo google-benchmark abseil gnuplot python ;;
     fuzz) echo llvm ;;
     docs) echo doxygen ;;
