@@ -64,16 +64,17 @@ TEST(Program, FindsEachFaultOfAFile) {
       {"mv $note ../outside; ln -s $PWD/../outside $note", {.present = 39, .problems = {"missing " + kNote}}},
       // No permission for a file, for lists of both encodings, and for the one about the device.
       {"chmod 0 $note", {.present = 39, .problems = {"unreadable " + kNote}}},
-      {"chmod 0 $xml", {.present = 39, .read = 7, .problems = {"unreadable " + kXmlList}}},
-      {"chmod 0 $binary", {.present = 39, .read = 7, .problems = {"unreadable " + kBinaryList}}},
+      {"chmod 0 $xml", {.present = 39, .read = 7, .problems = {"unreadable " + kXmlListPath}}},
+      {"chmod 0 $binary", {.present = 39, .read = 7, .problems = {"unreadable " + kBinaryListPath}}},
       {"chmod 0 Info.plist", {.problems = {"unreadable Info.plist"}}},
       // One byte, and no list about the device, which is not needed.
       {"echo >$note; rm Info.plist", {.problems = {"wrong-size " + kNote}}},
       // Not well-formed: about the device; binary, of the right size; empty.
       {"echo '<plist><array>' >Info.plist", {.problems = {"damaged-property-list Info.plist"}}},
       {"n=$(wc -c <$binary); printf bplist00%0$((n - 8))d 0 >$binary",
-       {.read = 7, .problems = {"damaged-property-list " + kBinaryList}}},
-      {": >$xml", {.read = 7, .problems = {"wrong-size " + kXmlList, "damaged-property-list " + kXmlList}}}};
+       {.read = 7, .problems = {"damaged-property-list " + kBinaryListPath}}},
+      {": >$xml",
+       {.read = 7, .problems = {"wrong-size " + kXmlListPath, "damaged-property-list " + kXmlListPath}}}};
   for (const std::string& layout : kLayouts) {
     for (const auto& [line, found] : faults) {
       SCOPED_TRACE(line);

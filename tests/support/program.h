@@ -44,8 +44,8 @@ inline std::vector<std::string> ProblemsOf(const Json& json) {
 
 // Three files of the sample, all in HomeDomain.
 inline const std::string kNote = "Documents/note-7.txt";
-inline const std::string kBinaryList = "Library/Preferences/com.example.app0.plist";
-inline const std::string kXmlList = "Library/Preferences/com.example.app5.plist";
+inline const std::string kBinaryListPath = "Library/Preferences/com.example.app0.plist";
+inline const std::string kXmlListPath = "Library/Preferences/com.example.app5.plist";
 
 // A sample backup in a folder of its own, to be damaged.
 struct SampleBackup {
@@ -70,7 +70,8 @@ struct SampleBackup {
                          "drop() { [ $(id -u) != 0 ] || set -- setpriv " +
                          "--bounding-set=-dac_override,-dac_read_search \"$@\"; \"$@\"; }\n" +
                          "plain() { drop " HOSTUTIL_PROGRAM " \"$@\"; }\n";
-    for (const auto& [name, path] : {std::pair("note", kNote), {"binary", kBinaryList}, {"xml", kXmlList}})
+    for (const auto& [name, path] :
+         {std::pair("note", kNote), {"binary", kBinaryListPath}, {"xml", kXmlListPath}})
       script += name + ("=$(find . -name " + Utils::CalcFileID("HomeDomain", path.c_str())) + ")\n";
     const int status = std::system((script + line).c_str());
     return {WEXITSTATUS(status), ReadFile(folder.Path("out")), ReadFile(folder.Path("err"))};

@@ -7,9 +7,8 @@
 #include "platform/foundation.h"
 
 std::string Utils::GenerateLowerUuid() {
-  Owners::Owner<Foundation::Uuid, Foundation::Release> uuid(Foundation::CreateUuid());
+  const Owners::Owner<Foundation::Uuid, Foundation::Release> uuid(Foundation::CreateUuid());
   Foundation::String* const text = Foundation::CreateUuidString(uuid.get());
-  uuid.reset();
   std::string id = Foundation::Utf8(Foundation::Autorelease(text));
   std::transform(id.begin(), id.end(), id.begin(),
                  [](unsigned char character) { return static_cast<char>(std::tolower(character)); });
