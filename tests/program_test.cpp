@@ -158,24 +158,6 @@ TEST(Program, FindsEachFaultOfARecordFile) {
 }
 
 TEST(Program, NamesWhatItCannotReadAndLeavesItAsItIs) {
-  // No manifest, an empty one, a pipe, a link, a record file that is truncated or of another version, and a
-  // file that is no database.
-  const std::string both[] = {"rm $m",
-                              ": >$m",
-                              "rm $m; mkfifo $m",
-                              "mv $m x; ln -s x $m",
-                              "printf mbdb >$m",
-                              "printf 'mbdb\\6%060d' 0 >$m",
-                              "printf %0500d 0 >Manifest.db"};
-  // Pipes as the journal and the log, fewer pages than the header says, a column too few; and what could
-  // compute forever: a view, a computed column, a virtual table. What follows "#" is SQL.
-  const std::string databases[] = {"mkfifo $m-journal",
-                                   "mkfifo $m-wal",
-                                   "head -c 5000 $m >x; mv x $m",
-                                   "#ALTER TABLE Files DROP COLUMN flags",
-                                   "#DROP TABLE Files; CREATE VIEW Files AS SELECT 1",
-                                   "#ALTER TABLE Files ADD COLUMN twice AS (flags+flags)",
-                                   "#DROP TABLE Files; CREATE VIRTUAL TABLE Files USING rtree(a, b, c)"};
   const auto expect_failure = [](const std::string& layout, const std::string& change) {
     SCOPED_TRACE(layout + ": " + change);
     const SampleBackup backup(layout, 3);
@@ -184,9 +166,21 @@ TEST(Program, NamesWhatItCannotReadAndLeavesItAsItIs) {
     for (const std::string command : {"inspect . --json", "list ."})
       EXPECT_THAT(backup.Look("hostutil " + command), IsFailure("(is not a backup|/Manifest[^:]*: .+)"));
   };
-  for (const std::string& change : both)
-    for (const std::string& layout : kLayouts) expect_failure(layout, change);
-  for (const std::string& change : databases) expect_failure("two-level", change);
+  // No manifest, an empty one, a pipe, a link, a record file that is truncated or of another version, and a
+  // file that is no database.
+  for (const std::string& layout : kLayouts)
+    for (const char* const change :
+         {"rm $m", ": >$m", "rm $m; mkfifo $m", "mv $m x; ln -s x $m", "printf mbdb >$m",
+          "printf 'mbdb\\6%060d' 0 >$m", "printf %0500d 0 >Manifest.db"})
+      expect_failure(layout, change);
+  // Pipes as the journal and the log, fewer pages than the header says, a column too few; and what could
+  // compute forever: a view, a computed column, a virtual table. What follows "#" is SQL.
+  for (const char* const change :
+       {"mkfifo $m-journal", "mkfifo $m-wal", "head -c 5000 $m >x; mv x $m",
+        "#ALTER TABLE Files DROP COLUMN flags", "#DROP TABLE Files; CREATE VIEW Files AS SELECT 1",
+        "#ALTER TABLE Files ADD COLUMN twice AS (flags+flags)",
+        "#DROP TABLE Files; CREATE VIRTUAL TABLE Files USING rtree(a, b, c)"})
+    expect_failure("two-level", change);
 }
 
 TEST(Program, ReadsDuringAWriteAndAfterAnInterruptedOne) {
