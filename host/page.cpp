@@ -58,8 +58,7 @@ void AddVerdict(const Report& report, std::string& page) {
   const bool fine = report.problems.empty();
   const std::string verdict =
       fine ? "No problems: " + Counted(report.listed, "file") + " checked"
-           : Counted(report.problems.size(), "problem") +
-                 (report.truncated ? ", and the rest of the manifest cannot be read" : "");
+           : Counted(report.problems.size(), "problem") + (report.truncated ? kRestIsUnread : "");
   page += fmt::format(
       "<header>\n<p class=\"quiet\">Backup report</p>\n<h1>{}</h1>\n"
       "<p class=\"verdict {}\">{}</p>\n</header>\n",

@@ -70,8 +70,7 @@ std::string NamesOf(const Problem& problem, const Text& text) {
 // Counts by kind, with the first twenty problems in full.
 void AddProblems(const Problems& problems, bool truncated, Text& text) {
   if (problems.empty()) return;
-  text.StyledLine(text.screen().Red(Counted(problems.size(), "problem")) +
-                  (truncated ? ", and the rest of the manifest cannot be read" : ""));
+  text.StyledLine(text.screen().Red(Counted(problems.size(), "problem")) + (truncated ? kRestIsUnread : ""));
   constexpr std::size_t kShown = 20;
   std::size_t shown = 0;
   for (const ProblemKindNames& row : kProblemKinds) {

@@ -117,6 +117,9 @@ std::string ReportAsJson(const Report& report);
 // Text for people, cut to the width of `screen`.
 std::string ReportAsText(const Report& report, const Screen& screen);
 
+// Follows the number of problems in a truncated report.
+inline constexpr char kRestIsUnread[] = ", and the rest of the manifest cannot be read";
+
 // The problems alone, in the same two forms. The text is empty without problems; `truncated` as in Report.
 nlohmann::ordered_json ProblemsAsJson(const Problems& problems);
 std::string ProblemsAsText(const Problems& problems, bool truncated, const Screen& screen);

@@ -314,6 +314,9 @@ TEST(Program, NoticesThatOutputIsLost) {
     EXPECT_THAT(backup.Run(closed), FieldsAre(2, "", ""));
     EXPECT_THAT(backup.Run("hostutil " + arguments + " >/dev/full"), IsFailure(""));
   }
+  for (const std::string& layout : kLayouts)
+    EXPECT_THAT(backup.Run("ulimit -f 2; hostutil sample ../" + layout + " --layout " + layout),
+                IsFailure("File too large"));
 }
 
 TEST(Program, ShowsProgressOnATerminalOnlyAndFitsTheReportIntoIt) {
