@@ -9,6 +9,9 @@ target_compile_options(hostutil_compile INTERFACE
   # False positives of an optimising GCC 12 for std::string concatenation.
   $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>)
 target_include_directories(hostutil_compile INTERFACE "${PROJECT_SOURCE_DIR}/src")
+# Broken preconditions of the standard library, such as an index out of range, abort. g++ 16 does this by
+# itself in debug builds.
+target_compile_definitions(hostutil_compile INTERFACE $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
 
 # Only here: another project may build this one with a compiler that has new warnings.
 if(PROJECT_IS_TOP_LEVEL AND NOT DEFINED CMAKE_COMPILE_WARNING_AS_ERROR)

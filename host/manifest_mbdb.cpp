@@ -69,16 +69,17 @@ class RecordFile final : public Manifest {
   // Whether the file has `count` more bytes; then they are in the block. REQUIRES: count <= kBlock.
   bool Has(std::size_t count) {
     if (end_ - at_ >= count) return true;
-    end_ = static_cast<std::size_t>(std::copy(&block_[at_], &block_[end_], &block_[0]) - &block_[0]);
+    unsigned char* const block = block_.data();
+    end_ = static_cast<std::size_t>(std::copy(block + at_, block + end_, block) - block);
     at_ = 0;
-    end_ += std::fread(&block_[end_], 1, kBlock - end_, stream_.get());
+    end_ += std::fread(block + end_, 1, kBlock - end_, stream_.get());
     return end_ >= count;
   }
 
   // The next bytes of the file, valid until the next call; null when there are fewer.
   const unsigned char* Take(std::size_t count) {
     if (!Has(count)) return nullptr;
-    const unsigned char* const bytes = &block_[at_];
+    const unsigned char* const bytes = block_.data() + at_;
     at_ += count;
     done_ += count;
     return bytes;
